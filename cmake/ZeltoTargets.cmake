@@ -1,0 +1,56 @@
+# How every target of this project is compiled, and helpers for tests, fuzz targets and benchmarks.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+find_package(Threads REQUIRED)
+
+add_library(zelto_build_flags INTERFACE)
+target_compile_options(zelto_build_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+target_include_directories(zelto_build_flags INTERFACE "${PROJECT_SOURCE_DIR}")
+if(ZELTO_SANITIZE)
+  target_compile_options(zelto_build_flags INTERFACE
+    -fsanitize=${ZELTO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(zelto_build_flags INTERFACE -fsanitize=${ZELTO_SANITIZE})
+endif()
+
+# zelto_add_test(name SOURCES a.cpp ... LIBS lib ...): one test program; its cases are discovered,
+# each runs in a process of its own with a time limit.
+function(zelto_add_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE zelto_build_flags ${ARG_LIBS} GTest::gtest_main)
+  gtest_discover_tests(${name} PROPERTIES TIMEOUT 60 DISCOVERY_TIMEOUT 60)
+  add_dependencies(zelto_tests ${name})
+endfunction()
+
+# zelto_add_fuzz(name SOURCES target.cpp LIBS lib ... CORPUS folder): a libFuzzer target, or the
+# same function run once over every file of its corpus as an ordinary test.
+function(zelto_add_fuzz name)
+  cmake_parse_arguments(ARG "" "CORPUS" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE zelto_build_flags ${ARG_LIBS})
+  if(ZELTO_LIBFUZZER)
+    target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  else()
+    target_sources(${name} PRIVATE "${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp")
+    add_test(NAME ${name}.corpus COMMAND ${name} "${ARG_CORPUS}")
+    set_tests_properties(${name}.corpus PROPERTIES TIMEOUT 60)
+  endif()
+endfunction()
+
+# zelto_add_bench(name SOURCES a.cpp ... LIBS lib ...): one Google Benchmark program.
+function(zelto_add_bench name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE zelto_build_flags ${ARG_LIBS} benchmark::benchmark_main)
+  add_dependencies(zelto_bench ${name})
+endfunction()
