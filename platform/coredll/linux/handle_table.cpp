@@ -79,9 +79,9 @@ class HandleTable {
     }
 
     std::mutex mutex_;
-    Slot slots_[kMaxHandles];  // guarded by mutex_, as all below
-    uint32_t first_free_ = 0;  // index + 1
-    uint32_t fresh_ = 0;       // slots from here on were never used
+    Slot slots_[kMaxHandles]{};  // guarded by mutex_, as all below
+    uint32_t first_free_ = 0;    // index + 1
+    uint32_t fresh_ = 0;         // slots from here on were never used
 };
 
 // Zero-initialised and never destroyed, so that handles work while other globals go.
