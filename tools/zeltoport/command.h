@@ -1,0 +1,18 @@
+// The subcommands of zeltoport. Each function adds one family of subcommands to the program; the
+// callbacks run while the command line is parsed, with `session` still alive.
+
+#ifndef ZELTO_TOOLS_ZELTOPORT_COMMAND_H
+#define ZELTO_TOOLS_ZELTOPORT_COMMAND_H
+
+#include <CLI/CLI.hpp>
+
+#include "tools/zeltoport/session.h"
+
+namespace zelto::tools {
+
+void AddClockCommand(CLI::App& app, Session& session);
+void AddCrcCommand(CLI::App& app, Session& session);
+
+}  // namespace zelto::tools
+
+#endif
