@@ -12,7 +12,9 @@
 
 extern "C" {
 
-// The standard library's FILE on a wide name (mapped as in files.h) and mode; null on failure.
+// The standard library's FILE on a wide name (mapped as in files.h) and mode: r, w or a, then any
+// of + b t (text mode translates nothing here). Null on failure, with the last error: 2, 3, 5 not
+// permitted or a folder, 87 mode, and those of the name.
 FILE* _wfopen(const WCHAR* name, const WCHAR* mode);
 int _fseeki64(FILE* file, int64_t offset, int origin);  // 0 on success
 int64_t _ftelli64(FILE* file);                          // -1 on failure
@@ -26,7 +28,8 @@ int _stricmp(const char* a, const char* b);
 int _strnicmp(const char* a, const char* b, size_t count);
 
 // Formats with the device's "%I64d" understood. Result: bytes without the NUL; negative when the
-// text did not fit, and then no NUL is written.
+// text did not fit, and then no NUL is written; nor after a text of exactly `size` bytes, which
+// fits.
 int _vsnprintf(char* buffer, size_t size, const char* format, va_list arguments);
 }
 

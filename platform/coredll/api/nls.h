@@ -17,7 +17,10 @@ extern "C" {
 // character, has been written); 1113 with MB_ERR_INVALID_CHARS.
 // The system's default pages are 1252 (CP_ACP) and 437 (CP_OEMCP). A character that the page does
 // not have becomes its best fit where there is one, else `default_char` (null: "?") and
-// *used_default TRUE. Both must be null for UTF-8 and UTF-7.
+// *used_default TRUE. A page may lack a byte, too: it becomes U+FFFD.
+// UTF-8 (both of those arguments must be null): half a surrogate pair and ill-formed bytes become
+// U+FFFD. UTF-7 is not to be had.
+// Flags: those above for MultiByteToWideChar (UTF-8: not MB_PRECOMPOSED), none for the other.
 int WideCharToMultiByte(UINT code_page, DWORD flags, const WCHAR* source, int count, char* target,
                         int size, const char* default_char, BOOL* used_default);
 int MultiByteToWideChar(UINT code_page, DWORD flags, const char* source, int count, WCHAR* target,

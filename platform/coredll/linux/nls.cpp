@@ -1,0 +1,194 @@
+#include "platform/coredll/api/nls.h"
+
+#include <climits>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "platform/coredll/linux/best_fit.h"
+#include "platform/coredll/linux/codepages.h"
+#include "platform/coredll/linux/last_error.h"
+#include "platform/coredll/linux/unicode.h"
+
+namespace {
+
+using namespace zelto::coredll;
+
+constexpr UINT kAnsiPage = 1252;
+constexpr UINT kOemPage = 437;
+
+// The target: what fits of it. Without room it counts only.
+template <typename Unit>
+class Output {
+  public:
+    Output(Unit* target, int size) : target_(target), room_(static_cast<size_t>(size)) {}
+
+    // All of the units or, when they do not fit, none.
+    bool Put(const Unit* units, size_t count) {
+        if (room_ != 0) {
+            if (room_ - used_ < count)
+                return false;
+            for (size_t i = 0; i < count; ++i)
+                target_[used_ + i] = units[i];
+        }
+        used_ += count;
+        return true;
+    }
+
+    // The call's result.
+    [[nodiscard]] int Count() const {
+        return used_ <= INT_MAX ? static_cast<int>(used_) : Fail(ERROR_INVALID_PARAMETER, 0);
+    }
+
+  private:
+    Unit* target_;
+    size_t room_;
+    size_t used_ = 0;
+};
+
+// UTF-8 in the shape of a CodePage.
+struct Utf8Page {
+    static Taken Take(const unsigned char* bytes, size_t left) { return TakeUtf8(bytes, left); }
+    static size_t Put(char32_t value, unsigned char* out) { return PutUtf8(value, out); }
+};
+
+// What stands for a character that the page lacks.
+struct Default {
+    unsigned char bytes[2];
+    size_t count;
+};
+
+Default DefaultFor(const CodePage& page, const char* text) {
+    if (text == nullptr)
+        return {{'?', 0}, 1};
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+    const bool pair = page.IsLead(bytes[0]) && bytes[1] != 0;
+    return {{bytes[0], pair ? bytes[1] : uint8_t{0}}, pair ? size_t{2} : size_t{1}};
+}
+
+struct Encoded {
+    unsigned char bytes[4];
+    size_t count;
+    bool is_default;
+};
+
+void Encode(const CodePage& page, char32_t value, const Default& missing, Encoded& out) {
+    out.is_default = false;
+    out.count = page.Put(value, out.bytes);
+    if (out.count != 0)
+        return;
+    const char fit = BestFit(value);
+    out.is_default = fit == '\0';
+    if (out.is_default) {
+        out.count = missing.count;
+        std::memcpy(out.bytes, missing.bytes, missing.count);
+    } else {
+        out.count = 1;
+        out.bytes[0] = static_cast<unsigned char>(fit);
+    }
+}
+
+void Encode(const Utf8Page& page, char32_t value, const Default& /*missing*/, Encoded& out) {
+    out.is_default = false;
+    out.count = page.Put(value == kNoCharacter ? kReplacement : value, out.bytes);
+}
+
+template <typename Page>
+int Narrow(const Page& page, std::u16string_view source, const Default& missing, BOOL* used_default,
+           Output<char> output) {
+    BOOL used = FALSE;
+    bool fits = true;
+    Encoded encoded;
+    while (!source.empty()) {
+        const Taken taken = TakeUtf16(source.data(), source.size());
+        Encode(page, taken.value, missing, encoded);
+        fits = output.Put(reinterpret_cast<const char*>(encoded.bytes), encoded.count);
+        if (!fits)
+            break;
+        if (encoded.is_default)
+            used = TRUE;
+        source.remove_prefix(taken.used);
+    }
+    if (used_default != nullptr)
+        *used_default = used;
+    return fits ? output.Count() : Fail(ERROR_INSUFFICIENT_BUFFER, 0);
+}
+
+template <typename Page>
+int Widen(const Page& page, std::string_view source, bool strict, Output<WCHAR> output) {
+    while (!source.empty()) {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(source.data());
+        const Taken taken = page.Take(bytes, source.size());
+        const bool bad = taken.value == kNoCharacter;
+        if (bad && strict)
+            return Fail(ERROR_NO_UNICODE_TRANSLATION, 0);
+        WCHAR units[2];
+        const size_t count = PutUtf16(bad ? kReplacement : taken.value, units);
+        if (!output.Put(units, count))
+            return Fail(ERROR_INSUFFICIENT_BUFFER, 0);
+        source.remove_prefix(taken.used);
+    }
+    return output.Count();
+}
+
+// The source as far as `count` tells, its NUL included when the count is negative.
+template <typename Unit>
+std::basic_string_view<Unit> SourceText(const Unit* source, int count) {
+    const size_t length =
+        count < 0 ? std::char_traits<Unit>::length(source) + 1 : static_cast<size_t>(count);
+    return {source, length};
+}
+
+bool GoodArguments(const void* source, int count, const void* target, int size) {
+    if (source == nullptr || count == 0 || size < 0)
+        return false;
+    return size == 0 || (target != nullptr && target != source);
+}
+
+UINT PageNumber(UINT code_page) {
+    switch (code_page) {
+        case CP_ACP:
+            return kAnsiPage;
+        case CP_OEMCP:
+            return kOemPage;
+        default:
+            return code_page;
+    }
+}
+
+}  // namespace
+
+int WideCharToMultiByte(UINT code_page, DWORD flags, const WCHAR* source, int count, char* target,
+                        int size, const char* default_char, BOOL* used_default) {
+    if (!GoodArguments(source, count, target, size))
+        return Fail(ERROR_INVALID_PARAMETER, 0);
+    const bool utf8 = code_page == CP_UTF8;
+    const CodePage* page = utf8 ? nullptr : FindCodePage(PageNumber(code_page));
+    const bool has_default = default_char != nullptr || used_default != nullptr;
+    if (utf8 ? has_default : page == nullptr)
+        return Fail(ERROR_INVALID_PARAMETER, 0);
+    if (flags != 0)
+        return Fail(ERROR_INVALID_FLAGS, 0);
+    const std::u16string_view text = SourceText(source, count);
+    const Output<char> output(target, size);
+    if (utf8)
+        return Narrow(Utf8Page{}, text, {}, nullptr, output);
+    return Narrow(*page, text, DefaultFor(*page, default_char), used_default, output);
+}
+
+int MultiByteToWideChar(UINT code_page, DWORD flags, const char* source, int count, WCHAR* target,
+                        int size) {
+    if (!GoodArguments(source, count, target, size))
+        return Fail(ERROR_INVALID_PARAMETER, 0);
+    const bool utf8 = code_page == CP_UTF8;
+    const CodePage* page = utf8 ? nullptr : FindCodePage(PageNumber(code_page));
+    if (!utf8 && page == nullptr)
+        return Fail(ERROR_INVALID_PARAMETER, 0);
+    const DWORD offered = MB_ERR_INVALID_CHARS | (utf8 ? 0U : DWORD{MB_PRECOMPOSED});
+    if ((flags & ~offered) != 0)
+        return Fail(ERROR_INVALID_FLAGS, 0);
+    const bool strict = (flags & MB_ERR_INVALID_CHARS) != 0;
+    const std::string_view text = SourceText(source, count);
+    const Output<WCHAR> output(target, size);
+    return utf8 ? Widen(Utf8Page{}, text, strict, output) : Widen(*page, text, strict, output);
+}
