@@ -1,0 +1,82 @@
+// zelto-navigator: a navigator to develop and test clients against.
+
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
+
+#include "platform/coredll/linux/device.h"
+#include "tools/zelto-navigator/queries.h"
+#include "tools/zelto-navigator/refusal.h"
+#include "tools/zelto-navigator/requests.h"
+#include "tools/zelto-navigator/service.h"
+
+namespace {
+
+using namespace zelto::navigator;
+
+constexpr const char* kSummary =
+    "A stand-in navigator: it opens the window that clients of the library look for, answers\n"
+    "their requests from a small model, and prints one line a request. It has no map and\n"
+    "computes no route. It ends when a client closes it, or with its window.";
+
+std::string Manual() {
+    std::string text = "Requests (\"<letter>|<arguments>\"):\n";
+    for (const Request& request : Requests())
+        text += fmt::format("  {}|{:<53} {}\n", request.letter, request.arguments, request.help);
+    text += "\nQueries of request F:\n";
+    for (const Query& query : Queries())
+        text += fmt::format("  {:<15} {}\n", query.name, query.help);
+    text += "\nReplies: \"A|...\" done, \"G|<text>\" an answer, \"B|<number>\" refused:\n";
+    for (const RefusalText& refusal : kRefusals)
+        text += fmt::format("  {} {}\n", static_cast<int>(refusal.number), refusal.words);
+    text += "\nThe device is the directory named by ZELTO_DEVICE, else the user's default;\n";
+    text += "\"zeltoport device init\" makes it. Exit status: 0 closed, 1 no device, no window\n";
+    text += "or no journal.";
+    return text;
+}
+
+void AddFaultOptions(CLI::App& app, Faults& faults) {
+    const auto group = std::string("Faults, for testing clients");
+    app.add_option("--reply", faults.reply, "Send TEXT in the place of every reply")
+        ->option_text("TEXT")
+        ->group(group);
+    app.add_option("--delay-ms", faults.delay, "Wait so long before each reply")
+        ->option_text("MS")
+        ->group(group);
+    app.add_flag("--silent", faults.silent, "Carry requests out, but never reply")->group(group);
+    app.add_option("--fault-for", faults.letters, "Only for these request letters")
+        ->option_text("LETTERS")
+        ->group(group);
+}
+
+int Serve(const ServiceOptions& options, const std::string& journal_path) {
+    std::string why;
+    if (!zelto::coredll::CheckDevice(&why)) {
+        fmt::print(stderr, "zelto-navigator: {}\n", why);
+        return 1;
+    }
+    Journal journal;
+    if (!journal_path.empty() && !journal.Open(journal_path)) {
+        fmt::print(stderr, "zelto-navigator: {} cannot be opened for writing\n", journal_path);
+        return 1;
+    }
+    return Service(options, journal).Run();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{kSummary};
+    ServiceOptions options;
+    std::string journal_path;
+    app.footer(Manual);
+    app.set_version_flag("--version", "zelto-navigator " ZELTO_VERSION);
+    app.add_flag("--packet-files", options.packet_files,
+                 "Also take requests by packet file, in this program's folder");
+    app.add_option("--journal", journal_path,
+                   "Append one JSON object a request: time, generation, bytes, reply, microseconds")
+        ->option_text("FILE")
+        ->envname("ZELTO_NAVIGATOR_JOURNAL");
+    AddFaultOptions(app, options.faults);
+    CLI11_PARSE(app, argc, argv);
+    return Serve(options, journal_path);
+}

@@ -1,0 +1,33 @@
+#include "tools/zelto-navigator/navigator.h"
+
+#include <fmt/core.h>
+
+namespace zelto::navigator {
+
+const std::pair<const std::string, Waypoint>* NearestWaypoint(const Navigator& navigator,
+                                                              const Place& place) {
+    const std::pair<const std::string, Waypoint>* nearest = nullptr;
+    double least = 0;
+    for (const auto& waypoint : navigator.waypoints) {
+        const double distance = Distance(place, waypoint.second.place);
+        if (nearest != nullptr && distance >= least)
+            continue;
+        nearest = &waypoint;
+        least = distance;
+    }
+    return nearest;
+}
+
+std::string DescribePosition(const Navigator& navigator) {
+    if (!navigator.fix.valid)
+        return "";
+    const Place& here = navigator.fix.place;
+    std::string words = fmt::format("{:.6f},{:.6f}", here.latitude, here.longitude);
+    const auto* nearest = NearestWaypoint(navigator, here);
+    if (nearest == nullptr)
+        return words + ",no street known";
+    return words +
+           fmt::format(",{:.0f} m from {}", Distance(here, nearest->second.place), nearest->first);
+}
+
+}  // namespace zelto::navigator

@@ -1,0 +1,33 @@
+// The requests of the protocol: what each is called, how its arguments look, what it does.
+
+#ifndef ZELTO_TOOLS_ZELTO_NAVIGATOR_REQUESTS_H
+#define ZELTO_TOOLS_ZELTO_NAVIGATOR_REQUESTS_H
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "tools/zelto-navigator/navigator.h"
+
+namespace zelto::navigator {
+
+struct Request {
+    char letter;
+    const char* name;
+    const char* arguments;  // their form, for readers
+    const char* help;
+    // Carries the request out and returns the reply.
+    std::string (*handle)(Navigator& navigator, std::string_view arguments);
+};
+
+std::span<const Request> Requests();
+
+// The request that a line asks for, "<letter>|<arguments>\n", or null.
+const Request* FindRequest(std::string_view line);
+
+// Carries out a request line and returns the reply. Any bytes are good input.
+std::string Answer(Navigator& navigator, std::string_view line);
+
+}  // namespace zelto::navigator
+
+#endif

@@ -1,0 +1,138 @@
+#include "tools/zelto-navigator/service.h"
+
+#include <chrono>
+#include <cstdio>
+#include <fmt/core.h>
+
+#include "tools/text/wide.h"
+#include "tools/zelto-navigator/requests.h"
+
+namespace zelto::navigator {
+
+namespace {
+
+// One line on standard output, at once: whoever watches may be a pipe.
+void Say(const std::string& line) {
+    fmt::print("{}\n", line);
+    std::fflush(stdout);
+}
+
+const char* DescribeMessage(const MSG& message) {
+    switch (message.message) {
+        case WM_SHOWWINDOW:
+            return message.wParam != 0 ? "window shown" : "window hidden";
+        case WM_SIZE:
+            return message.wParam == SIZE_MINIMIZED ? "window minimised" : "window restored";
+        case WM_ACTIVATE:
+            return message.wParam != 0 ? "window brought to the front" : "window sent back";
+        case WM_CLOSE:
+            return "window asked to close";
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace
+
+bool Faults::Concern(const std::string& request) const {
+    return letters.empty() || (!request.empty() && letters.find(request[0]) != std::string::npos);
+}
+
+Service::Service(const ServiceOptions& options, Journal& journal)
+    : options_(options), journal_(journal) {}
+
+bool Service::MakeWindow() {
+    if (FindWindowW(kWindowClass, nullptr) != nullptr) {
+        fmt::print(stderr, "zelto-navigator: a navigator runs on this device already\n");
+        return false;
+    }
+    window_ = CreateWindowExW(0, kWindowClass, TEXT("Zelto navigator"), WS_VISIBLE, 0, 0, 240, 320,
+                              nullptr, nullptr, nullptr, nullptr);
+    if (window_ == nullptr)
+        fmt::print(stderr, "zelto-navigator: no window to be had (error {})\n", GetLastError());
+    return window_ != nullptr;
+}
+
+int Service::Run() {
+    if (!MakeWindow())
+        return 1;
+    Say("ready");
+    BOOL got = TRUE;
+    while (!navigator_.closing) {
+        MSG message;
+        got = GetMessageW(&message, window_, 0, 0);
+        if (got != TRUE)
+            break;
+        HandleMessage(message);
+    }
+    Say(got == -1 ? "window lost" : "closed");
+    DestroyWindow(window_);
+    return got == -1 ? 1 : 0;
+}
+
+void Service::HandleMessage(const MSG& message) {
+    if (message.message == kAnnouncement && message.wParam == kAnnouncementKind) {
+        HandleAnnouncement(message.lParam);
+        return;
+    }
+    if (const char* words = DescribeMessage(message); words != nullptr)
+        Say(words);
+    if (message.message == WM_CLOSE)
+        navigator_.closing = true;
+}
+
+void Service::HandleAnnouncement(LPARAM detail) {
+    if (detail > kPacketFiles) {
+        const int generation = detail - kPacketFiles;
+        Serve(*OpenQueueExchange(generation), generation);
+    } else if (detail == kPacketFiles && options_.packet_files) {
+        Serve(*OpenFileExchange(ProgramFolder()), 0);
+    } else {
+        Say(fmt::format("announcement {} ignored", detail));
+    }
+}
+
+void Service::Serve(Exchange& exchange, int generation) {
+    const auto start = std::chrono::steady_clock::now();
+    JournalEntry entry;
+    std::string why;
+    entry.generation = generation;
+    if (!exchange.Receive(entry.request, why)) {
+        Say(fmt::format("#{} {}", generation, why));
+        return;
+    }
+    entry.reply = ReplyTo(entry.request);
+    if (!entry.reply.empty() && !exchange.Send(entry.reply, why))
+        entry.reply.clear();
+    else if (entry.reply.empty())
+        why = "no reply, as asked for";
+    entry.microseconds = std::chrono::duration_cast<std::chrono::microseconds>(
+                             std::chrono::steady_clock::now() - start)
+                             .count();
+    Record(entry);
+    if (!why.empty())
+        Say(fmt::format("#{} {}", generation, why));
+}
+
+std::string Service::ReplyTo(const std::string& request) {
+    std::string reply = Answer(navigator_, request);
+    const Faults& faults = options_.faults;
+    if (!faults.Concern(request))
+        return reply;
+    if (faults.delay > 0)
+        Sleep(faults.delay);
+    if (faults.silent)
+        return "";
+    return faults.reply.value_or(reply);
+}
+
+void Service::Record(const JournalEntry& entry) {
+    const Request* request = FindRequest(entry.request);
+    Say(fmt::format("#{} {}: {} -> {} ({} us)", entry.generation,
+                    request == nullptr ? "unknown" : request->name, tools::Printable(entry.request),
+                    entry.reply.empty() ? "-" : tools::Printable(entry.reply), entry.microseconds));
+    if (!journal_.Append(entry))
+        fmt::print(stderr, "zelto-navigator: the journal cannot be written\n");
+}
+
+}  // namespace zelto::navigator
