@@ -45,6 +45,33 @@ class CodePage {
     std::vector<CodeRow> codes_;            // by low byte; 0: none. The first row is empty
 };
 
+inline uint16_t CodePage::CodeOf(WCHAR value) const {
+    return codes_[code_row_[value >> 8]][value & 0xFF];
+}
+
+inline Taken CodePage::Take(const unsigned char* bytes, size_t left) const {
+    const WCHAR value = single_[bytes[0]];
+    if (value != kNone)
+        return {value, 1};
+    if (!IsLead(bytes[0]) || left < 2)
+        return {kNoCharacter, 1};
+    const WCHAR pair = trails_[trail_row_[bytes[0]] - 1u][bytes[1]];
+    if (pair != kNone)
+        return {pair, 2};
+    return {kNoCharacter, bytes[1] < 0x80 ? size_t{1} : size_t{2}};
+}
+
+inline size_t CodePage::Put(char32_t value, unsigned char* out) const {
+    const uint16_t code = value < 0x10000 ? CodeOf(static_cast<WCHAR>(value)) : uint16_t{0};
+    if (code >= 0x100) {
+        out[0] = static_cast<unsigned char>(code >> 8);
+        out[1] = static_cast<unsigned char>(code);
+        return 2;
+    }
+    out[0] = static_cast<unsigned char>(code);
+    return code != 0 || value == 0 ? 1 : 0;
+}
+
 // The page of a Windows code page number, made at its first use and then kept; null for one that
 // is not to be had. Thread-safe.
 const CodePage* FindCodePage(UINT number);

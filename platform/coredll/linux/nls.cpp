@@ -1,9 +1,11 @@
 #include "platform/coredll/api/nls.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "platform/coredll/linux/best_fit.h"
 #include "platform/coredll/linux/codepages.h"
@@ -23,16 +25,35 @@ class Output {
   public:
     Output(Unit* target, int size) : target_(target), room_(static_cast<size_t>(size)) {}
 
-    // All of the units or, when they do not fit, none.
+    // All of the units, at least one, or none when they do not fit.
     bool Put(const Unit* units, size_t count) {
         if (room_ != 0) {
             if (room_ - used_ < count)
                 return false;
-            for (size_t i = 0; i < count; ++i)
-                target_[used_ + i] = units[i];
+            Unit* to = target_ + used_;
+            to[0] = units[0];
+            for (size_t i = 1; i < count; ++i)
+                to[i] = units[i];
         }
         used_ += count;
         return true;
+    }
+
+    // As much of the text's beginning as is ASCII and fits; returns how much that is.
+    template <typename Source>
+    size_t PutAscii(std::basic_string_view<Source> text) {
+        const size_t most = room_ == 0 ? text.size() : std::min(text.size(), room_ - used_);
+        if (most == 0 || !IsAscii(text[0]))
+            return 0;
+        size_t done = 0;
+        for (; done + kChunk <= most && IsAsciiChunk(text.data() + done); done += kChunk)
+            Copy(text.data() + done, kChunk, done);
+        size_t last = done;
+        while (last < most && IsAscii(text[last]))
+            ++last;
+        Copy(text.data() + done, last - done, done);
+        used_ += last;
+        return last;
     }
 
     // The call's result.
@@ -41,6 +62,30 @@ class Output {
     }
 
   private:
+    static constexpr size_t kChunk = 16;
+
+    template <typename Source>
+    static bool IsAscii(Source unit) {
+        return static_cast<std::make_unsigned_t<Source>>(unit) < 0x80;
+    }
+
+    template <typename Source>
+    static bool IsAsciiChunk(const Source* units) {
+        unsigned all = 0;
+        for (size_t i = 0; i < kChunk; ++i)
+            all |= static_cast<std::make_unsigned_t<Source>>(units[i]);
+        return all < 0x80;
+    }
+
+    template <typename Source>
+    void Copy(const Source* units, size_t count, size_t at) {
+        if (room_ == 0)
+            return;
+        Unit* to = target_ + used_ + at;
+        for (size_t i = 0; i < count; ++i)
+            to[i] = static_cast<Unit>(units[i]);
+    }
+
     Unit* target_;
     size_t room_;
     size_t used_ = 0;
@@ -66,31 +111,26 @@ Default DefaultFor(const CodePage& page, const char* text) {
     return {{bytes[0], pair ? bytes[1] : uint8_t{0}}, pair ? size_t{2} : size_t{1}};
 }
 
-struct Encoded {
-    unsigned char bytes[4];
-    size_t count;
-    bool is_default;
-};
-
-void Encode(const CodePage& page, char32_t value, const Default& missing, Encoded& out) {
-    out.is_default = false;
-    out.count = page.Put(value, out.bytes);
-    if (out.count != 0)
-        return;
+// Writes a character, its best fit or the default; returns the bytes. `used` is set with the
+// default only.
+size_t Encode(const CodePage& page, char32_t value, const Default& missing, unsigned char* out,
+              bool& used) {
+    const size_t count = page.Put(value, out);
+    if (count != 0)
+        return count;
     const char fit = BestFit(value);
-    out.is_default = fit == '\0';
-    if (out.is_default) {
-        out.count = missing.count;
-        std::memcpy(out.bytes, missing.bytes, missing.count);
-    } else {
-        out.count = 1;
-        out.bytes[0] = static_cast<unsigned char>(fit);
+    if (fit != '\0') {
+        *out = static_cast<unsigned char>(fit);
+        return 1;
     }
+    used = true;
+    std::memcpy(out, missing.bytes, missing.count);
+    return missing.count;
 }
 
-void Encode(const Utf8Page& page, char32_t value, const Default& /*missing*/, Encoded& out) {
-    out.is_default = false;
-    out.count = page.Put(value == kNoCharacter ? kReplacement : value, out.bytes);
+size_t Encode(const Utf8Page& page, char32_t value, const Default& /*missing*/, unsigned char* out,
+              bool& /*used*/) {
+    return page.Put(value == kNoCharacter ? kReplacement : value, out);
 }
 
 template <typename Page>
@@ -98,14 +138,18 @@ int Narrow(const Page& page, std::u16string_view source, const Default& missing,
            Output<char> output) {
     BOOL used = FALSE;
     bool fits = true;
-    Encoded encoded;
-    while (!source.empty()) {
+    for (;;) {
+        source.remove_prefix(output.PutAscii(source));
+        if (source.empty())
+            break;
         const Taken taken = TakeUtf16(source.data(), source.size());
-        Encode(page, taken.value, missing, encoded);
-        fits = output.Put(reinterpret_cast<const char*>(encoded.bytes), encoded.count);
+        unsigned char bytes[4];
+        bool is_default = false;
+        const size_t count = Encode(page, taken.value, missing, bytes, is_default);
+        fits = output.Put(reinterpret_cast<const char*>(bytes), count);
         if (!fits)
             break;
-        if (encoded.is_default)
+        if (is_default)
             used = TRUE;
         source.remove_prefix(taken.used);
     }
@@ -116,7 +160,10 @@ int Narrow(const Page& page, std::u16string_view source, const Default& missing,
 
 template <typename Page>
 int Widen(const Page& page, std::string_view source, bool strict, Output<WCHAR> output) {
-    while (!source.empty()) {
+    for (;;) {
+        source.remove_prefix(output.PutAscii(source));
+        if (source.empty())
+            return output.Count();
         const auto* bytes = reinterpret_cast<const unsigned char*>(source.data());
         const Taken taken = page.Take(bytes, source.size());
         const bool bad = taken.value == kNoCharacter;
@@ -128,7 +175,6 @@ int Widen(const Page& page, std::string_view source, bool strict, Output<WCHAR> 
             return Fail(ERROR_INSUFFICIENT_BUFFER, 0);
         source.remove_prefix(taken.used);
     }
-    return output.Count();
 }
 
 // The source as far as `count` tells, its NUL included when the count is negative.
