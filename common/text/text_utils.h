@@ -5,8 +5,8 @@
 //  1. Everything works on bytes; no operation knows codepages or multi-byte characters, and none
 //     depends on the host's locale.
 //  2. Nothing fails on content: what is not a number reads as 0 or as far as it goes.
-//  3. In-place operations keep the string's codepage tag and decimals, and allocate only when the
-//     text outgrows its buffer. A NUL byte that a decoder would produce is left out.
+//  3. In-place operations keep the string's codepage tag and decimals and grow its buffer at most
+//     once, without a second one. A NUL byte that a decoder would produce is left out.
 //  4. A null `const char*` reads as an empty text.
 //  5. Thread safety: no shared state; any thread, on texts of its own.
 
