@@ -1,0 +1,223 @@
+#include "common/time/date_parse.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <string_view>
+
+#include "common/text/numbers.h"
+#include "common/text/token_scanner.h"
+#include "common/time/month_names.h"
+#include "platform/coredll/coredll.h"
+
+namespace zelto {
+namespace {
+
+constexpr ByteSet kDayFirstSeparators("-/.");
+constexpr ByteSet kYearFirstSeparators("-/.:");
+constexpr ByteSet kDateTimeSeparators("-/.: ");
+
+std::string_view View(const char* text) {
+    return text != nullptr ? std::string_view(text) : std::string_view();
+}
+
+// True when the text has all `count` fields; the last one takes what is left.
+template <int count>
+bool ReadFields(std::string_view text, const ByteSet& separators, int32_t (&fields)[count]) {
+    TokenScanner scanner(text, separators, count, false);
+    Token token;
+    for (int32_t& field : fields) {
+        if (!scanner.Next(token))
+            return false;
+        field = IntegerValue(token.Whole());
+    }
+    return true;
+}
+
+int32_t PivotYear(int32_t year) {
+    if (year < 0 || year >= 100)
+        return year;
+    return year < 51 ? year + 2000 : year + 1900;
+}
+
+void SetDate(DDateTime& out, int32_t day, int32_t month, int32_t year) {
+    out.day = day;
+    out.month = month;
+    out.year = PivotYear(year);
+}
+
+bool IsDayAndMonth(int32_t day, int32_t month) {
+    return day >= 1 && day <= 31 && month >= 1 && month <= 12;
+}
+
+bool ReadDayMonthYear(DDateTime& out, std::string_view text) {
+    int32_t fields[3];
+    if (!ReadFields(text, kDayFirstSeparators, fields))
+        return false;
+    const auto [day, month, year] = fields;
+    if (day < 1 || month < 1)
+        return false;
+    const bool month_first = month > 12 && day < 12;
+    SetDate(out, month_first ? month : day, month_first ? day : month, year);
+    return true;
+}
+
+bool ReadYearMonthDay(DDateTime& out, std::string_view text) {
+    int32_t fields[3];
+    if (!ReadFields(text, kYearFirstSeparators, fields))
+        return false;
+    const auto [year, month, day] = fields;
+    if (!IsDayAndMonth(day, month))
+        return false;
+    SetDate(out, day, month, year);
+    return true;
+}
+
+bool ReadYearMonthDayTime(DDateTime& out, std::string_view text, const ByteSet& separators) {
+    int32_t fields[6];
+    if (!ReadFields(text, separators, fields))
+        return false;
+    const auto [year, month, day, hour, minute, second] = fields;
+    if (!IsDayAndMonth(day, month))
+        return false;
+    SetDate(out, day, month, year);
+    out.hour = hour;
+    out.minute = minute;
+    out.seconds = static_cast<float>(second);
+    return true;
+}
+
+// What stands from `column` on, at most `count` characters; empty past the end.
+std::string_view Columns(std::string_view text, size_t column, size_t count) {
+    return column < text.size() ? text.substr(column, count) : std::string_view();
+}
+
+// 0 to 12, or 13 when the name is none of theirs.
+int32_t FindMonth(std::string_view name) {
+    int32_t month = 0;
+    while (month < 13 &&
+           (name.size() != 3 || _strnicmp(name.data(), MonthAbbreviation(month), name.size()) != 0))
+        ++month;
+    return month;
+}
+
+bool ReadDayMonthNameYear(DDateTime& out, std::string_view text) {
+    out.day = DecimalValue(text.substr(0, 2));
+    out.month = FindMonth(Columns(text, 3, 3));
+    if (out.month == 13) {
+        out.month = 0;
+        return false;
+    }
+    const int32_t year = DecimalValue(Columns(text, 7, 5));
+    out.year = out.day >= 1 && out.month >= 1 ? PivotYear(year) : year;
+    return true;
+}
+
+// The leading number of at most 15 characters: so short, it leaves the range of a double only by
+// its exponent. Infinities, not-a-numbers and hexadecimal, which the host's atof might read, are 0.
+double ReadSeconds(std::string_view text) {
+    std::string_view number = text.substr(0, 15);
+    const bool negative = TakeSign(number);
+    if (number.empty() || !((number[0] >= '0' && number[0] <= '9') || number[0] == '.'))
+        return 0;
+    double value = 0;
+    const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (result.ec == std::errc::result_out_of_range && number.find('-') == std::string_view::npos)
+        value = std::numeric_limits<double>::infinity();
+    return negative ? -value : value;
+}
+
+// A finite double beyond the range of a float would have no defined conversion.
+float Narrow(double value) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    constexpr double kLargest = std::numeric_limits<float>::max();
+    if (value > kLargest)
+        return kInfinity;
+    return value < -kLargest ? -kInfinity : static_cast<float>(value);
+}
+
+bool ReadTimeOfDay(DDateTime& out, std::string_view text) {
+    const bool negative = !text.empty() && text[0] == '-';
+    if (negative)
+        text.remove_prefix(1);
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    const size_t first = text.find(':');
+    if (first == std::string_view::npos)
+        return false;
+    const size_t second = text.find(':', first + 1);
+    if (second == std::string_view::npos)
+        return false;
+    const int32_t hours = DecimalValue(text.substr(0, 2));
+    out.hour = negative ? -hours : hours;
+    out.minute = DecimalValue(text.substr(first + 1, 2));
+    out.seconds = Narrow(ReadSeconds(text.substr(second + 1)));
+    return out.hour < 24 && out.minute < 60 && out.seconds < 60.0F;
+}
+
+bool ReadTimeAfterBlank(DDateTime& out, std::string_view text) {
+    const size_t blank = text.find(' ');
+    return blank != std::string_view::npos && ReadTimeOfDay(out, text.substr(blank + 1));
+}
+
+}  // namespace
+
+bool ParseDayMonthYear(DDateTime& out, const char* text) {
+    return ReadDayMonthYear(out, View(text));
+}
+
+bool ParseYearMonthDay(DDateTime& out, const char* text) {
+    return ReadYearMonthDay(out, View(text));
+}
+
+bool ParseYearMonthDayTime(DDateTime& out, const char* text, const char* separators) {
+    if (separators == nullptr)
+        return ReadYearMonthDayTime(out, View(text), kDateTimeSeparators);
+    return ReadYearMonthDayTime(out, View(text), ByteSet(separators));
+}
+
+bool ParseDate(DDateTime& out, const char* text) {
+    const std::string_view view = View(text);
+    return ReadYearMonthDayTime(out, view, kDateTimeSeparators) || ReadYearMonthDay(out, view) ||
+           ReadDayMonthYear(out, view);
+}
+
+bool ParseDayMonthNameYear(DDateTime& out, const char* text) {
+    return ReadDayMonthNameYear(out, View(text));
+}
+
+bool ParseTimeOfDay(DDateTime& out, const char* text) {
+    return ReadTimeOfDay(out, View(text));
+}
+
+bool ParseDayMonthYearThenTime(DDateTime& out, const char* text) {
+    const std::string_view view = View(text);
+    return ReadDayMonthYear(out, view) && ReadTimeAfterBlank(out, view);
+}
+
+bool ParseDayMonthNameYearThenTime(DDateTime& out, const char* text) {
+    const std::string_view view = View(text);
+    return ReadDayMonthNameYear(out, view) && ReadTimeAfterBlank(out, view);
+}
+
+bool ParseDuration(DDuration& out, const char* text) {
+    std::string_view rest = View(text);
+    const bool negative = !rest.empty() && rest[0] == '-';
+    if (negative)
+        rest.remove_prefix(1);
+    const size_t colon = rest.find(':');
+    if (colon == std::string_view::npos || colon == 0)
+        return false;
+    const int64_t hours = DecimalValue(rest.substr(0, colon));
+    rest.remove_prefix(colon + 1);
+    const size_t second = rest.find(':');
+    out.seconds = 0.0;
+    if (second != std::string_view::npos && second != 0) {
+        const int64_t minutes = DecimalValue(rest.substr(0, second));
+        const int64_t seconds = DecimalValue(rest.substr(second + 1));
+        const auto total = static_cast<double>(hours * 3600 + minutes * 60 + seconds);
+        out.seconds = negative ? -total : total;
+    }
+    return true;
+}
+
+}  // namespace zelto
