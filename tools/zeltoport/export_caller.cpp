@@ -1,0 +1,69 @@
+#include "tools/zeltoport/export_caller.h"
+
+#include <fmt/core.h>
+
+#include "platform/coredll/linux/registry_file.h"
+#include "platform/coredll/linux/store.h"
+#include "plugins/zelto_port_dll/zelto_port.h"
+#include "tools/text/wide.h"
+#include "tools/zeltoport/results.h"
+
+namespace zelto::tools {
+
+namespace {
+
+// The library answers with bare codes; what is wrong with the device itself is said beforehand.
+void RequireWorkingDevice() {
+    RequireDevice();
+    const std::string store_problem = coredll::StoreProblem();
+    coredll::CloseStore();  // the library has a connection of its own
+    for (const std::string& problem : {store_problem, coredll::RegistryProblem()}) {
+        if (!problem.empty())
+            throw CommandError(problem);
+    }
+}
+
+}  // namespace
+
+Connect ExportCaller::Chosen(Connect usual) const {
+    if (choice_.empty())
+        return usual;
+    return choice_ == "init" ? Connect::kInit : choice_ == "find" ? Connect::kFind : Connect::kNone;
+}
+
+bool ExportCaller::Prepare(Connect usual) {
+    const Connect connect = Chosen(usual);
+    RequireWorkingDevice();
+    if (connect == Connect::kNone)
+        return true;
+    const bool init = connect == Connect::kInit;
+    const int32_t result = init ? ZeltoNavPort_Init() : ZeltoNavPort_IsOpen();
+    if (result != ZELTO_NAV_PORT_OK)
+        Finish(init ? "ZeltoNavPort_Init" : "ZeltoNavPort_IsOpen", result);
+    return result == ZELTO_NAV_PORT_OK;
+}
+
+void ExportCaller::Finish(const std::string& name, int32_t result, const std::string& words,
+                          const nlohmann::json& details) {
+    const std::string meaning = DescribeResult(name, result);
+    nlohmann::json object = {{"export", name}, {"result", result}, {"meaning", meaning}};
+    object.update(details);
+    const std::string outcome = fmt::format("{}: {} ({})", name, result, meaning);
+    session_.Report(result == ZELTO_NAV_PORT_OK ? kExitSuccess : kExitFailure,
+                    words.empty() ? outcome : outcome + "\n" + words, object);
+}
+
+void ExportCaller::Call(const std::string& name, const std::function<int32_t()>& call,
+                        Connect usual) {
+    if (Prepare(usual))
+        Finish(name, call());
+}
+
+std::u16string WideArgument(const std::string& text) {
+    std::u16string wide;
+    if (!WideFromUtf8(text, wide))
+        throw CommandError("The text \"" + Printable(text) + "\" is not UTF-8.");
+    return wide;
+}
+
+}  // namespace zelto::tools
