@@ -69,7 +69,8 @@ std::string StoreRefusal(const std::string& path, const std::string& what) {
            ": stop the programs that use the device, remove the file and start them again.";
 }
 
-// An open, locked store file; the lock goes with it.
+// An open, locked store file. The lock is given up explicitly: a mapping keeps the open file, and
+// with it the lock, beyond its descriptor.
 class StoreFile {
   public:
     explicit StoreFile(const std::string& path)
@@ -78,8 +79,10 @@ class StoreFile {
         }
     }
     ~StoreFile() {
-        if (file_ >= 0)
-            close(file_);
+        if (file_ < 0)
+            return;
+        flock(file_, LOCK_UN);
+        close(file_);
     }
     StoreFile(const StoreFile&) = delete;
     StoreFile& operator=(const StoreFile&) = delete;

@@ -1,0 +1,221 @@
+#include <vector>
+
+#include "tests/coredll/shared_objects.h"
+
+namespace zelto::test {
+namespace {
+
+using Queues = SharedObjects;
+
+TEST_F(Queues, CreationTellsNewFromExistingAndRefusesBadOptions) {
+    SetLastError(kMarker);
+    HANDLE reader = OpenQueue(TEXT("q"), true);
+    ASSERT_NE(reader, nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    HANDLE writer = OpenQueue(TEXT("q"), false);
+    ASSERT_NE(writer, nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    EXPECT_NE(OpenQueue(TEXT("Q"), true), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS) << "names are compared with case";
+    EXPECT_NE(OpenQueue(TEXT(""), true), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS) << "the empty name is a name";
+
+    const std::u16string longest(259, u'n');
+    EXPECT_NE(OpenQueue(longest.c_str(), true), nullptr);
+    const std::u16string too_long(260, u'n');
+    const MSGQUEUEOPTIONS bad[] = {
+        {19, 2, 20, 1024, TRUE}, {20, 4, 20, 1024, TRUE}, {20, 2, 20, 0, TRUE}};
+    for (const MSGQUEUEOPTIONS& options : bad) {
+        SetLastError(kMarker);
+        EXPECT_EQ(CreateMsgQueue(TEXT("bad"), &options), nullptr);
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    }
+    EXPECT_EQ(OpenQueue(too_long.c_str(), true), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(CreateMsgQueue(TEXT("bad"), nullptr), nullptr);
+}
+
+TEST_F(Queues, MessagesKeepOrderAndBoundsAndTheAlertGoesFirst) {
+    HANDLE writer = OpenQueue(TEXT("q"), false, MSGQUEUE_ALLOW_BROKEN, 3, 700);
+    HANDLE reader = OpenQueue(TEXT("q"), true);
+    const std::string longest(700, 'x');
+    SetLastError(kMarker);
+    EXPECT_TRUE(WriteText(writer, "one"));
+    EXPECT_TRUE(WriteText(writer, longest));
+    EXPECT_TRUE(WriteText(writer, std::string("\0\n", 2)));
+    EXPECT_EQ(GetLastError(), kMarker) << "success leaves the last error alone";
+    EXPECT_FALSE(WriteText(writer, "full"));
+    EXPECT_EQ(GetLastError(), ERROR_TIMEOUT);
+    EXPECT_TRUE(WriteText(writer, "now", 0, MSGQUEUE_MSGALERT)) << "the alert has its own place";
+    EXPECT_FALSE(WriteText(writer, "again", 0, MSGQUEUE_MSGALERT));
+    EXPECT_FALSE(WriteText(writer, longest + "x"));
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+
+    EXPECT_EQ(ReadText(reader), "alert now");
+    EXPECT_EQ(ReadText(reader), "one");
+    EXPECT_EQ(ReadText(reader), longest);
+    EXPECT_EQ(ReadText(reader), std::string("\0\n", 2));
+    EXPECT_EQ(ReadText(reader), "error 1460");
+}
+
+TEST_F(Queues, AShortBufferTakesTheMessageAndLosesItsRest) {
+    HANDLE writer = OpenQueue(TEXT("q"), false);
+    HANDLE reader = OpenQueue(TEXT("q"), true);
+    WriteText(writer, "abcdef");
+    WriteText(writer, "next");
+    char buffer[4] = {'#', '#', '#', '#'};
+    DWORD read = 0;
+    EXPECT_FALSE(ReadMsgQueue(reader, buffer, 3, &read, 0, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(read, 3u);
+    EXPECT_EQ(std::string(buffer, 4), "abc#");
+    EXPECT_EQ(ReadText(reader), "next");
+}
+
+TEST_F(Queues, WrongHandlesAndArguments) {
+    HANDLE writer = OpenQueue(TEXT("q"), false);
+    HANDLE reader = OpenQueue(TEXT("q"), true);
+    HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    char byte = 0;
+    DWORD read = 0;
+    struct Case {
+        const char* what;
+        BOOL result;
+        DWORD error;
+    };
+    const auto run = [](const char* what, BOOL result) {
+        return Case{what, result, GetLastError()};
+    };
+    const Case invalid_handle[] = {
+        run("write on a read end", WriteMsgQueue(reader, &byte, 1, 0, 0)),
+        run("read on a write end", ReadMsgQueue(writer, &byte, 1, &read, 0, nullptr)),
+        run("write on an event", WriteMsgQueue(event, &byte, 1, 0, 0)),
+        run("close an event as a queue", CloseMsgQueue(event)),
+        run("close null", CloseMsgQueue(nullptr)),
+    };
+    for (const Case& c : invalid_handle) {
+        EXPECT_FALSE(c.result) << c.what;
+        EXPECT_EQ(c.error, ERROR_INVALID_HANDLE) << c.what;
+    }
+    const Case invalid_parameter[] = {
+        run("write null", WriteMsgQueue(writer, nullptr, 5, 0, 0)),
+        run("write nothing", WriteMsgQueue(writer, &byte, 0, 0, 0)),
+        run("write with unknown flag", WriteMsgQueue(writer, &byte, 1, 0, 2)),
+        run("read into null", ReadMsgQueue(reader, nullptr, 1, &read, 0, nullptr)),
+        run("read without count", ReadMsgQueue(reader, &byte, 1, nullptr, 0, nullptr)),
+    };
+    for (const Case& c : invalid_parameter) {
+        EXPECT_FALSE(c.result) << c.what;
+        EXPECT_EQ(c.error, ERROR_INVALID_PARAMETER) << c.what;
+    }
+    EXPECT_TRUE(CloseHandle(reader));
+    EXPECT_FALSE(CloseMsgQueue(reader)) << "a second close";
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(Queues, WithoutAllowBrokenASideThatLeavesBreaksTheQueue) {
+    HANDLE reader = OpenQueue(TEXT("q"), true, 0);
+    EXPECT_EQ(ReadText(reader), "error 233") << "nobody writes yet";
+    HANDLE writer = OpenQueue(TEXT("q"), false, 0);
+    EXPECT_EQ(ReadText(reader), "error 1460") << "a queue without a peer is not spoilt";
+    WriteText(writer, "lost");
+    CloseMsgQueue(reader);
+    EXPECT_FALSE(WriteText(writer, "x"));
+    EXPECT_EQ(GetLastError(), ERROR_PIPE_NOT_CONNECTED);
+    HANDLE again = OpenQueue(TEXT("q"), true, 0);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS) << "the name makes a queue of its own again";
+    EXPECT_FALSE(WriteText(writer, "x")) << "the old handle stays useless";
+    CloseMsgQueue(writer);
+    CloseMsgQueue(again);
+    EXPECT_TRUE(Report().queues.empty());
+}
+
+TEST_F(Queues, WithAllowBrokenTheContentsStayUntilTheLastHandle) {
+    HANDLE writer = OpenQueue(TEXT("q"), false);
+    WriteText(writer, "kept");
+    HANDLE reader = OpenQueue(TEXT("q"), true, 0);
+    CloseMsgQueue(writer);
+    EXPECT_EQ(ReadText(reader), "kept");
+    EXPECT_EQ(ReadText(reader), "error 1460") << "the creator's flags stay in force";
+    CloseMsgQueue(reader);
+    EXPECT_EQ(Report().committed_message_memory, 0u);
+}
+
+TEST_F(Queues, MemoryIsPromisedAtCreationOrTakenPerMessage) {
+    std::vector<HANDLE> queues;
+    for (HANDLE queue = nullptr;; queues.push_back(queue)) {
+        SetLastError(kMarker);
+        queue = OpenQueue(nullptr, false, MSGQUEUE_ALLOW_BROKEN, 20, 1024);
+        if (queue == nullptr)
+            break;
+    }
+    EXPECT_EQ(GetLastError(), ERROR_OUTOFMEMORY);
+    EXPECT_GT(queues.size(), 100u);
+    const std::string message(1024, 'm');
+    for (int i = 0; i < 20; ++i)
+        EXPECT_TRUE(WriteText(queues.back(), message));
+    for (HANDLE queue : queues)
+        CloseMsgQueue(queue);
+
+    HANDLE unlimited = OpenQueue(TEXT("u"), false, MSGQUEUE_ALLOW_BROKEN, 0, 1u << 20);
+    const std::string large(1u << 20, 'l');
+    int written = 0;
+    while (WriteText(unlimited, large))
+        ++written;
+    EXPECT_EQ(GetLastError(), ERROR_OUTOFMEMORY);
+    EXPECT_EQ(written, 3);
+    EXPECT_EQ(ReadText(OpenQueue(TEXT("u"), true), 0, 1u << 20), large);
+    EXPECT_TRUE(WriteText(unlimited, large)) << "the memory of a message read is free again";
+}
+
+TEST_F(Queues, ABlockedReaderIsWokenByAnotherProcess) {
+    HANDLE reader = OpenQueue(TEXT("q"), true);
+    const pid_t child = Fork([] {
+        HANDLE writer = OpenQueue(TEXT("q"), false);
+        return WriteText(writer, "from afar") ? 0 : 1;
+    });
+    EXPECT_EQ(ReadText(reader, 5000), "from afar");
+    EXPECT_EQ(ExitStatus(child), 0);
+}
+
+TEST_F(Queues, ABlockedWriterIsWokenByRoom) {
+    HANDLE writer = OpenQueue(TEXT("q"), false, MSGQUEUE_ALLOW_BROKEN, 1);
+    WriteText(writer, "first");
+    const pid_t child =
+        Fork([] { return ReadText(OpenQueue(TEXT("q"), true), 0) == "first" ? 0 : 1; });
+    EXPECT_TRUE(WriteText(writer, "second", 5000));
+    EXPECT_EQ(ExitStatus(child), 0);
+}
+
+TEST_F(Queues, AKilledWriterEndsAWaitThatNeedsIt) {
+    HANDLE reader = OpenQueue(TEXT("q"), true, 0);
+    HANDLE ready = OpenQueue(TEXT("ready"), true);
+    const pid_t child = Fork([] {
+        HANDLE writer = OpenQueue(TEXT("q"), false, 0);
+        WriteText(OpenQueue(TEXT("ready"), false), "ready");
+        pause();
+        return writer == nullptr;
+    });
+    ASSERT_EQ(ReadText(ready, 5000), "ready");
+    Kill(child);
+    EXPECT_EQ(ReadText(reader, INFINITE), "error 233");
+}
+
+TEST_F(Queues, ADeadProcessesMessagesDoNotPassForOurs) {
+    HANDLE reader = OpenQueue(TEXT("q"), true);
+    const pid_t child = Fork([] {
+        WriteText(OpenQueue(TEXT("only mine"), false), "stale");
+        WriteText(OpenQueue(TEXT("q"), false), "ready");
+        pause();
+        return 0;
+    });
+    ASSERT_EQ(ReadText(reader, 5000), "ready");
+    Kill(child);
+    HANDLE writer = OpenQueue(TEXT("only mine"), false);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    EXPECT_NE(writer, nullptr);
+    EXPECT_EQ(ReadText(OpenQueue(TEXT("only mine"), true)), "error 1460");
+}
+
+}  // namespace
+}  // namespace zelto::test

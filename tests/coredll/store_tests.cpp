@@ -1,0 +1,181 @@
+#include <fcntl.h>
+#include <fstream>
+#include <random>
+#include <vector>
+
+#include "tests/coredll/shared_objects.h"
+
+namespace zelto::test {
+namespace {
+
+using StoreTest = SharedObjects;
+
+// Every shared operation in turn, for ever.
+int HammerTheStore(unsigned seed) {
+    std::mt19937 random(seed);
+    const std::string text(random() % 1024 + 1, 'h');
+    const std::u16string names[] = {u"a", u"b", u"c"};
+    for (;;) {
+        const std::u16string& name = names[random() % 3];
+        const DWORD flags = random() % 2 == 0 ? DWORD{MSGQUEUE_ALLOW_BROKEN} : 0;
+        HANDLE writer = OpenQueue(name.c_str(), false, flags, 5);
+        HANDLE reader = OpenQueue(name.c_str(), true, flags, 5);
+        WriteText(writer, text);
+        WriteText(writer, text, 0, MSGQUEUE_MSGALERT);
+        ReadText(reader);
+        HWND window = CreateWindowExW(0, TEXT("hammer"), nullptr, 0, 0, 0, 0, 0, nullptr, nullptr,
+                                      nullptr, nullptr);
+        PostMessageW(FindWindowW(TEXT("hammer"), nullptr), WM_USER, 0, 0);
+        HANDLE event = CreateEventW(nullptr, FALSE, FALSE, TEXT("hammer"));
+        EventModify(event, EVENT_SET);
+        CloseHandle(event);
+        DestroyWindow(window);
+        CloseMsgQueue(reader);
+        CloseMsgQueue(writer);
+    }
+}
+
+TEST_F(StoreTest, ProcessesKilledAtAnyInstantLeaveNothing) {
+    constexpr int kRounds = 150;
+    std::mt19937 random(20260101);
+    const auto pause_up_to = [&random](unsigned microseconds) {
+        usleep(static_cast<useconds_t>(random() % microseconds));
+    };
+    for (int round = 0; round < kRounds; ++round) {
+        const unsigned seed = static_cast<unsigned>(random());
+        const pid_t first = Fork([seed] { return HammerTheStore(seed); });
+        const pid_t second = Fork([seed] { return HammerTheStore(seed + 1); });
+        pause_up_to(4000);  // lets them reach some instant
+        kill(first, SIGKILL);
+        pause_up_to(300);
+        Kill(second);
+        waitpid(first, nullptr, 0);
+
+        const coredll::StoreReport report = Report();
+        ASSERT_EQ(report.processes.size(), 1u) << "round " << round;
+        ASSERT_TRUE(report.windows.empty()) << "round " << round;
+        ASSERT_TRUE(report.queues.empty()) << "round " << round;
+        ASSERT_TRUE(report.events.empty()) << "round " << round;
+        ASSERT_EQ(report.committed_message_memory, 0u) << "round " << round;
+    }
+    // All message memory is there still, and messages come through whole.
+    std::vector<HANDLE> queues;
+    while (HANDLE queue = OpenQueue(nullptr, false))
+        queues.push_back(queue);
+    EXPECT_EQ(queues.size(), Report().message_memory / (21 * 5 * 256))
+        << "20 messages and the alert";
+    for (HANDLE queue : queues)
+        CloseMsgQueue(queue);
+}
+
+TEST_F(StoreTest, AChildByForkIsAProcessOfItsOwn) {
+    HANDLE reader = OpenQueue(TEXT("q"), true);
+    const pid_t child = Fork([reader] {
+        const bool parents_handle_is_nothing = ReadText(reader) == "error 6";
+        return parents_handle_is_nothing && Report().processes.size() == 2 ? 0 : 1;
+    });
+    EXPECT_EQ(ExitStatus(child), 0);
+    EXPECT_EQ(Report().queues.size(), 1u) << "the parent's end is still open";
+}
+
+TEST_F(StoreTest, ClosingGivesEverythingBack) {
+    OpenQueue(TEXT("q"), true);
+    CreateEventW(nullptr, FALSE, FALSE, TEXT("e"));
+    coredll::CloseStore();
+    const coredll::StoreReport report = Report();
+    EXPECT_TRUE(report.queues.empty());
+    EXPECT_TRUE(report.events.empty());
+    EXPECT_EQ(report.processes.size(), 1u);
+}
+
+TEST_F(StoreTest, TheFileIsSmallAndSparse) {
+    OpenQueue(TEXT("q"), true);
+    struct stat status {};
+    ASSERT_EQ(stat((device_.Device() + "/store").c_str(), &status), 0);
+    EXPECT_LT(status.st_size, 8 << 20);
+    EXPECT_LT(status.st_blocks * 512, 400 << 10);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+}
+
+// Files in the store's place, and what the refusal says of them.
+TEST_F(StoreTest, AStoreThatIsNotOursIsRefusedWithAdvice) {
+    const std::string path = device_.Device() + "/store";
+    ASSERT_TRUE(coredll::StoreProblem().empty());
+    coredll::CloseStore();
+    struct Case {
+        const char* what;
+        std::function<void()> damage;
+        const char* said;
+    };
+    const auto poke = [&](off_t place, const std::string& bytes) {
+        const int file = open(path.c_str(), O_RDWR);
+        EXPECT_EQ(pwrite(file, bytes.data(), bytes.size(), place),
+                  static_cast<ssize_t>(bytes.size()));
+        close(file);
+    };
+    const Case cases[] = {
+        {"truncated", [&] { EXPECT_EQ(truncate(path.c_str(), 100000), 0); }, "cut short"},
+        {"cut to a few bytes", [&] { EXPECT_EQ(truncate(path.c_str(), 5), 0); }, "cut short"},
+        {"another version", [&] { poke(8, std::string("\x63\0\0\0", 4)); }, "another version"},
+        {"foreign", [&] { poke(0, "SOMEBODY"); }, "not made by this system"},
+        {"a text file", [&] { std::ofstream(path, std::ios::trunc) << "hello, hello, hello"; },
+         "not made by this system"},
+        {"open to others", [&] { chmod(path.c_str(), 0644); }, "open to other users"},
+        {"a link", [&] { symlink("/dev/null", path.c_str()); }, "cannot be opened"},
+        {"a folder", [&] { mkdir(path.c_str(), 0700); }, "cannot be opened"},
+    };
+    for (const Case& c : cases) {
+        std::filesystem::remove_all(path);
+        const std::string what = c.what;
+        if (what != "a link" && what != "a folder") {
+            ASSERT_TRUE(coredll::StoreProblem().empty());
+            coredll::CloseStore();
+        }
+        c.damage();
+        EXPECT_NE(coredll::StoreProblem().find(c.said), std::string::npos)
+            << c.what << ": " << coredll::StoreProblem();
+        EXPECT_EQ(FindWindowW(TEXT("w"), nullptr), nullptr) << c.what;
+        SetLastError(kMarker);
+        EXPECT_EQ(OpenQueue(TEXT("q"), true), nullptr) << c.what;
+        EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED) << c.what;
+    }
+    std::filesystem::remove_all(path);
+    EXPECT_TRUE(coredll::StoreProblem().empty()) << "the advice works";
+}
+
+TEST_F(StoreTest, AStoreFromBeforeTheHostStartedIsEmptied) {
+    OpenQueue(TEXT("q"), true);
+    // As after a power cut: the slot, the queue and the lock are still taken.
+    coredll::Store* store = coredll::OpenStore();
+    store->boot_id[0] ^= 1;
+    store->lock.store(coredll::MyToken());
+    const pid_t child = Fork([] { return Report().queues.empty() ? 0 : 1; });
+    EXPECT_EQ(ExitStatus(child), 0);
+}
+
+TEST_F(StoreTest, ADirectoryThatIsNotPrivateIsRefused) {
+    struct Case {
+        std::function<void()> damage;
+        const char* said;
+    };
+    const std::string path = device_.Device();
+    const Case cases[] = {
+        {[&] { chmod(path.c_str(), 0755); }, "chmod 0700"},
+        {[&] { std::filesystem::remove_all(path); }, "zeltoport device init"},
+        {[&] { std::ofstream(path) << "x"; }, "not a directory"},
+        {[&] {
+             std::filesystem::remove_all(path);
+             std::filesystem::create_directory_symlink("/tmp", path);
+         },
+         "links are not followed"},
+        {[&] { setenv("ZELTO_DEVICE", "relative/path", 1); }, "full path"},
+    };
+    for (const Case& c : cases) {
+        c.damage();
+        EXPECT_NE(coredll::StoreProblem().find(c.said), std::string::npos)
+            << coredll::StoreProblem();
+    }
+}
+
+}  // namespace
+}  // namespace zelto::test
