@@ -6,9 +6,11 @@
  *  1. Result: 0 is success, anything else a code of the table below. A function that talks to the
  *     navigator sends one request line and waits for one reply; the line is stated as "Sends".
  *  2. Texts are NUL-terminated. ZeltoNavPort_Wide texts are UTF-16; they reach the navigator as
- *     UTF-8 after ZeltoNavPort_Init and in the system's code page before it. 8-bit texts are sent
- *     byte for byte (write them in UTF-8) unless the function says that it converts them.
- *     A line feed or a field separator inside a text is sent as it is.
+ *     UTF-8 after ZeltoNavPort_Init and in the system's code page before it; a surrogate pair
+ *     becomes four bytes of a private form, a lone high surrogate "?". 8-bit texts are sent byte
+ *     for byte (write them in UTF-8) unless the function says that it converts them.
+ *     A line feed or a field separator inside a text is sent as it is. A request line takes 1024
+ *     bytes; a longer one is not sent: system error 122.
  *  3. Nulls: a null text counts as an empty one; with a null destination the answer is discarded.
  *  4. Ownership: the caller owns every argument; no pointer is kept after the call.
  *  5. Sizes and units are stated with each argument. Doubles are written with "." as the decimal
@@ -17,8 +19,8 @@
  *  6. Truth values are integers, zero or not.
  *  7. Threads: the connection is one per process and holds no lock. Call from any thread, but
  *     from one at a time.
- *  8. Waits: a request takes at most 4 s to be written (7 s and a second 4 s when the queue stays
- *     full) and 0.5 s to be answered. ZeltoNavPort_Init says its own.
+ *  8. Waits: a request takes at most 4 s to be written (11 s when a second attempt is needed) and
+ *     0.5 s to be answered. ZeltoNavPort_Init says its own.
  *  9. Nothing is thrown, nothing is shown to the user, nothing is written to a log.
  */
 
@@ -52,20 +54,20 @@ typedef char16_t ZeltoNavPort_Wide;
  *    it could not be written on the second attempt; 14: this process is out of memory. */
 enum ZeltoNavPort_Result {
     ZELTO_NAV_PORT_OK = 0,
-    ZELTO_NAV_PORT_NO_NAVIGATOR = 1,        /* not found and not started; or not supported */
-    ZELTO_NAV_PORT_SHORT_REPLY = 2,         /* a reply of fewer than 2 bytes */
-    ZELTO_NAV_PORT_EMPTY_REPLY = 3,         /* GetString: a reply of no bytes */
-    ZELTO_NAV_PORT_NOT_INSTALLED = 4,       /* Init: no registry entry */
-    ZELTO_NAV_PORT_REQUEST_FILE = 5,        /* the request file could not be created */
-    ZELTO_NAV_PORT_NO_WINDOW = 6,           /* no window known; the request file not written */
-    ZELTO_NAV_PORT_SHORT_STREET_REPLY = 8,  /* PositionStreet: a reply of fewer than 2 bytes */
-    ZELTO_NAV_PORT_BAD_REPLY = 9,           /* a reply of no known kind; reply file not read */
-    ZELTO_NAV_PORT_READ_FAILED = 10,        /* reply not readable; GetString: reply without "|" */
-    ZELTO_NAV_PORT_DISCONNECTED = 11,       /* the navigator's end of the queue is gone */
-    ZELTO_NAV_PORT_NOT_ANNOUNCED = 12,      /* the window is gone or takes no more messages */
-    ZELTO_NAV_PORT_NO_REPLY_FILE = 88,      /* the reply file could not be opened */
-    ZELTO_NAV_PORT_TIMEOUT = 1007,          /* no reply in time */
-    ZELTO_NAV_PORT_EVENT_TIMEOUT = 2007     /* no reply event in time */
+    ZELTO_NAV_PORT_NO_NAVIGATOR = 1,       /* not found and not started; or not supported */
+    ZELTO_NAV_PORT_SHORT_REPLY = 2,        /* a reply of fewer than 2 bytes */
+    ZELTO_NAV_PORT_EMPTY_REPLY = 3,        /* GetString: a reply of no bytes */
+    ZELTO_NAV_PORT_NOT_INSTALLED = 4,      /* Init: no registry entry */
+    ZELTO_NAV_PORT_REQUEST_FILE = 5,       /* the request file could not be created */
+    ZELTO_NAV_PORT_NO_WINDOW = 6,          /* no window known; the request file not written */
+    ZELTO_NAV_PORT_SHORT_STREET_REPLY = 8, /* PositionStreet: a reply of fewer than 2 bytes */
+    ZELTO_NAV_PORT_BAD_REPLY = 9,          /* a reply of no known kind; reply file not read */
+    ZELTO_NAV_PORT_READ_FAILED = 10,       /* reply not readable; GetString: reply without "|" */
+    ZELTO_NAV_PORT_DISCONNECTED = 11,      /* the navigator's end of the queue is gone */
+    ZELTO_NAV_PORT_NOT_ANNOUNCED = 12,     /* the window is gone or takes no more messages */
+    ZELTO_NAV_PORT_NO_REPLY_FILE = 88,     /* the reply file could not be opened */
+    ZELTO_NAV_PORT_TIMEOUT = 1007,         /* no reply in time */
+    ZELTO_NAV_PORT_EVENT_TIMEOUT = 2007    /* no reply event in time */
 };
 
 #ifdef __cplusplus

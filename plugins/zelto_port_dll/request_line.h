@@ -1,0 +1,30 @@
+// The text of one request as it goes over the channel.
+
+#ifndef ZELTO_PLUGINS_ZELTO_PORT_DLL_REQUEST_LINE_H
+#define ZELTO_PLUGINS_ZELTO_PORT_DLL_REQUEST_LINE_H
+
+#include <cstdint>
+#include <memory>
+
+namespace zelto {
+
+// Thread safety: none; one thread at a time.
+class RequestLine {
+  public:
+    // "<command>|<arguments>\n", not NUL-terminated. A null command is left out together with its
+    // "|"; null arguments count as empty.
+    RequestLine(const char* command, const char* arguments);
+
+    const char* Bytes() const { return bytes_.get(); }
+    uint32_t Length() const { return length_; }
+
+    void ReleaseBytes() { bytes_.reset(); }  // Bytes() is null from now on, Length() stays
+
+  private:
+    std::unique_ptr<char[]> bytes_;
+    uint32_t length_;
+};
+
+}  // namespace zelto
+
+#endif

@@ -1,0 +1,9 @@
+// Part of the shared library alone: the loader builds and destroys the one instance.
+
+#include "plugins/zelto_port_dll/process_objects.h"
+
+namespace {
+
+zelto::ProcessObjects g_process_objects;
+
+}  // namespace

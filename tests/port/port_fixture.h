@@ -1,0 +1,31 @@
+// A connection on the scripted platform, as after a successful ZeltoNavPort_Init.
+
+#ifndef ZELTO_TESTS_PORT_PORT_FIXTURE_H
+#define ZELTO_TESTS_PORT_PORT_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include "common/text/codepage.h"
+#include "plugins/zelto_port_dll/connection.h"
+#include "plugins/zelto_port_dll/zelto_port.h"
+#include "tests/support/scripted_coredll.h"
+
+namespace zelto::test {
+
+inline HWND const kNavigator = reinterpret_cast<HWND>(uintptr_t{0x700});
+
+inline void Restart() {
+    Scripted() = {};
+    g_connection = {};
+    g_connection.window = kNavigator;
+    SetCurrentCodepage(CP_UTF8);
+}
+
+class PortTest : public testing::Test {
+  protected:
+    PortTest() { Restart(); }
+};
+
+}  // namespace zelto::test
+
+#endif
