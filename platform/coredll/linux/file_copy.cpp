@@ -12,7 +12,7 @@
 namespace zelto::coredll {
 namespace {
 
-constexpr size_t kBufferBytes = 128 * 1024;
+constexpr size_t kBufferBytes = size_t{128} * 1024;
 constexpr mode_t kPermissionBits = 0777;
 
 bool WriteAll(int fd, const char* bytes, size_t size) {

@@ -102,10 +102,10 @@ HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
     if (error == ERROR_SUCCESS)
         error = OpenHostFile(path, {access, share, disposition, attributes}, file);
     if (error != ERROR_SUCCESS)
-        return Fail(error, INVALID_HANDLE_VALUE);
+        return FailHandle(error);
     HANDLE handle = MakeHandle(HandleKind::kFile, FileWord(access, file));
     if (handle == nullptr)
-        return Fail(ERROR_TOO_MANY_OPEN_FILES, INVALID_HANDLE_VALUE);
+        return FailHandle(ERROR_TOO_MANY_OPEN_FILES);
     file.fd.Release();
     if (disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS)
         SetLastError(file.existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);

@@ -123,17 +123,17 @@ using namespace zelto::coredll;
 
 HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data) {
     if (data == nullptr)
-        return Fail(ERROR_INVALID_PARAMETER, INVALID_HANDLE_VALUE);
+        return FailHandle(ERROR_INVALID_PARAMETER);
     auto search = std::make_unique<Search>();
     const DWORD error = OpenSearch(pattern, *search);
     if (error != ERROR_SUCCESS)
-        return Fail(error, INVALID_HANDLE_VALUE);
+        return FailHandle(error);
     if (!FindNext(*search, *data))
-        return Fail(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
+        return FailHandle(ERROR_FILE_NOT_FOUND);
     HANDLE handle = MakeHandle(HandleKind::kSearch, reinterpret_cast<uintptr_t>(search.get()));
     if (handle == nullptr)
-        return Fail(ERROR_TOO_MANY_OPEN_FILES, INVALID_HANDLE_VALUE);
-    search.release();  // the handle's now
+        return FailHandle(ERROR_TOO_MANY_OPEN_FILES);
+    (void)search.release();  // the handle's now
     return handle;
 }
 

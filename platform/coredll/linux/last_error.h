@@ -16,6 +16,10 @@ Result Fail(DWORD error, Result result) {
 inline BOOL Fail(DWORD error) {
     return Fail(error, BOOL{FALSE});
 }
+// For the calls that answer INVALID_HANDLE_VALUE, not null.
+inline HANDLE FailHandle(DWORD error) {
+    return Fail(error, INVALID_HANDLE_VALUE);  // NOLINT(performance-no-int-to-ptr)
+}
 
 // The error number that stands for an errno value; 31 (general failure) for one without.
 // ENOENT is 2: a caller that knows the folder to be missing says 3 itself.

@@ -153,8 +153,10 @@ void Sleep(DWORD milliseconds) {
     }
     timespec left = {static_cast<time_t>(milliseconds / 1000),
                      static_cast<long>(milliseconds % 1000) * 1'000'000};
-    while (milliseconds == INFINITE)
-        pause();
+    if (milliseconds == INFINITE) {
+        for (;;)
+            pause();
+    }
     while (clock_nanosleep(CLOCK_MONOTONIC, 0, &left, &left) == EINTR) {
     }
 }

@@ -59,7 +59,7 @@ DWORD MakeKeyHandle(const std::u16string& path, HKEY* result) {
         MakeHandle(HandleKind::kRegistryKey, reinterpret_cast<uintptr_t>(open_key.get()));
     if (handle == nullptr)
         return ERROR_TOO_MANY_OPEN_FILES;
-    open_key.release();  // the handle's now
+    (void)open_key.release();  // the handle's now
     *result = static_cast<HKEY>(handle);
     return ERROR_SUCCESS;
 }

@@ -1,0 +1,71 @@
+// Files of a test's own, made and looked at past the layer under test.
+
+#ifndef ZELTO_TESTS_COREDLL_FILES_FIXTURE_H
+#define ZELTO_TESTS_COREDLL_FILES_FIXTURE_H
+
+#include <csignal>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <sys/resource.h>
+
+#include "platform/coredll/coredll.h"
+#include "tests/coredll/outcome.h"
+#include "tests/support/temp_device.h"
+
+namespace zelto::test {
+
+class FilesFixture : public testing::Test {
+  protected:
+    [[nodiscard]] std::string Host(const std::string& name) const {
+        return device_.Path() + "/" + name;
+    }
+    [[nodiscard]] std::u16string Wide(const std::string& name) const {
+        return WidePath(Host(name));
+    }
+    void Put(const std::string& name, const std::string& text) const {
+        std::ofstream(Host(name), std::ios::binary) << text;
+    }
+    [[nodiscard]] std::string Get(const std::string& name) const {
+        std::ifstream in(Host(name), std::ios::binary);
+        return in ? std::string(std::istreambuf_iterator<char>(in), {}) : "(missing)";
+    }
+    // Stores the handle only where the call succeeded.
+    std::string Open(const std::u16string& name, DWORD access, DWORD share, DWORD disposition,
+                     HANDLE* file = nullptr) const {
+        HANDLE opened = nullptr;
+        std::string outcome = Outcome([&] {
+            opened = CreateFileW(name.c_str(), access, share, nullptr, disposition,
+                                 FILE_ATTRIBUTE_NORMAL, nullptr);
+            return opened != INVALID_HANDLE_VALUE;
+        });
+        if (opened != INVALID_HANDLE_VALUE && file != nullptr)
+            *file = opened;
+        else if (opened != INVALID_HANDLE_VALUE)
+            CloseHandle(opened);
+        return outcome;
+    }
+
+    TempDevice device_;
+};
+
+// While it lives no file of this process grows beyond the size, as on a full disk.
+class SizeLimit {
+  public:
+    explicit SizeLimit(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit = {bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
+    SizeLimit(const SizeLimit&) = delete;
+    SizeLimit& operator=(const SizeLimit&) = delete;
+
+  private:
+    rlimit before_{};
+};
+
+}  // namespace zelto::test
+
+#endif
