@@ -35,7 +35,7 @@ void AppendUtf8(char32_t value, std::string& text) {
         return;
     }
     const int tail = value < 0x800 ? 1 : value < 0x10000 ? 2 : 3;
-    text += static_cast<char>((0xF00u >> tail & 0xFF) | value >> (6 * tail));
+    text += static_cast<char>((0xFF00u >> (tail + 1) & 0xFF) | value >> (6 * tail));
     for (int i = tail - 1; i >= 0; --i)
         text += static_cast<char>(0x80 | (value >> (6 * i) & 0x3F));
 }

@@ -37,14 +37,14 @@ std::string Manual() {
 void AddFaultOptions(CLI::App& app, Faults& faults) {
     const auto group = std::string("Faults, for testing clients");
     app.add_option("--reply", faults.reply, "Send TEXT in the place of every reply")
-        ->option_text("TEXT")
+        ->type_name("TEXT")
         ->group(group);
     app.add_option("--delay-ms", faults.delay, "Wait so long before each reply")
-        ->option_text("MS")
+        ->type_name("MS")
         ->group(group);
     app.add_flag("--silent", faults.silent, "Carry requests out, but never reply")->group(group);
     app.add_option("--fault-for", faults.letters, "Only for these request letters")
-        ->option_text("LETTERS")
+        ->type_name("LETTERS")
         ->group(group);
 }
 
@@ -74,7 +74,7 @@ int main(int argc, char** argv) {
                  "Also take requests by packet file, in this program's folder");
     app.add_option("--journal", journal_path,
                    "Append one JSON object a request: time, generation, bytes, reply, microseconds")
-        ->option_text("FILE")
+        ->type_name("FILE")
         ->envname("ZELTO_NAVIGATOR_JOURNAL");
     AddFaultOptions(app, options.faults);
     CLI11_PARSE(app, argc, argv);

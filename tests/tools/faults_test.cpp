@@ -1,0 +1,174 @@
+// What clients see when something is wrong: with the device, with the navigator, between the two.
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sys/stat.h>
+
+#include "platform/coredll/coredll.h"
+#include "plugins/zelto_port_dll/connection.h"
+#include "plugins/zelto_port_dll/zelto_port.h"
+#include "tests/tools/processes.h"
+#include "tools/zelto-navigator/channel.h"
+
+namespace zelto::test {
+namespace {
+
+void ExpectSays(const Outcome& outcome, int status, const std::string& words) {
+    EXPECT_EQ(outcome.status, status) << outcome.output;
+    EXPECT_NE(outcome.output.find(words), std::string::npos) << outcome.output;
+}
+
+TEST(Device, IsExplainedWhenItCannotBeUsed) {
+    const TempDevice device;
+    const std::string directory = device.Device();
+    ExpectSays(Port({"init"}), 1, ": 4 (no navigator is registered");
+    ExpectSays(Port({"--json", "device", "init", "--navigator", "/etc/hostname"}), 2,
+               "not a program");
+    chmod(directory.c_str(), 0755);
+    ExpectSays(Port({"init"}), 2, "open to other users");
+    ExpectSays(Run({ZELTO_NAVIGATOR_PROGRAM}), 1, "open to other users");
+    std::filesystem::remove_all(directory);
+    ExpectSays(Port({"get", "version"}), 2, "is not there");
+    ExpectSays(Port({"device", "show"}), 2, "is not there");
+    ExpectSays(Port({"device", "init"}), 0, ZELTO_NAVIGATOR_PROGRAM);
+    EXPECT_EQ(std::filesystem::status(directory).permissions(), std::filesystem::perms::owner_all);
+}
+
+TEST(Device, DamagedRegistryAndForeignStoreAreRefused) {
+    const NavigatorTest test;
+    const std::string registry = test.device.Device() + "/registry";
+    ASSERT_TRUE(std::filesystem::exists(registry));
+    const std::string whole = ReadWholeFile(registry);
+    WriteWholeFile(registry, whole.substr(0, whole.size() / 2));
+    for (const Words& command : {Words{"init"}, {"device", "show"}, {"device", "init"}})
+        EXPECT_EQ(Port(command).status, 2);
+    WriteWholeFile(registry, whole);
+    EXPECT_EQ(Port({"init"}).status, 0);
+    test.navigator->Kill();
+    WriteWholeFile(test.device.Device() + "/store", "not a store");
+    EXPECT_EQ(Port({"init"}).status, 2);
+}
+
+TEST(Device, NavigatorsPathHasALimit) {
+    const TempDevice device;
+    const std::string folder = device.Path() + "/" + std::string(80, 'f');
+    std::filesystem::create_directory(folder);
+    const std::string fitting = folder + "/" + std::string(98 - folder.size(), 'n');
+    for (const std::string& path : {fitting, fitting + "n"})
+        std::filesystem::copy("/bin/true", path);
+    ExpectSays(Port({"device", "init", "--navigator", fitting}), 0, fitting);
+    ExpectSays(Port({"device", "init", "--navigator", fitting + "n"}), 2, "99 at most");
+    ExpectSays(Port({"device", "show"}), 0, std::string(98 - folder.size(), 'n'));
+}
+
+TEST(Navigator, MissingOneIsReportedAtOnce) {
+    const NavigatorTest test;
+    std::filesystem::copy("/bin/true", test.device.Path() + "/gone");
+    EXPECT_EQ(Port({"device", "init", "--navigator", test.device.Path() + "/gone"}).status, 0);
+    std::filesystem::remove(test.device.Path() + "/gone");
+    ExpectSays(Run({ZELTO_NAVIGATOR_PROGRAM}), 1, "runs on this device already");
+    test.navigator->Kill();
+    test.navigator->Wait();
+    ExpectSays(Port({"is-open"}), 1, ": 6 (");
+    ExpectSays(Port({"close"}), 1, "ZeltoNavPort_IsOpen: 6 (");
+    ExpectSays(Port({"init"}), 1, "ZeltoNavPort_Init: 1 (");
+    ExpectSays(Port({"goto", "1", "2"}), 1, "ZeltoNavPort_Init: 1 (");
+    ExpectSays(Port({"goto", "1", "2", "--connect", "none"}), 1, "ZeltoNavPort_Goto: 12 (");
+    ExpectSays(Port({"show", "--connect", "none"}), 1, "ZeltoNavPort_Show: 6 (");
+}
+
+TEST(Navigator, DyingInARequestLeavesTheDeviceUsable) {
+    NavigatorTest test({"--delay-ms", "30000", "--fault-for", "S"});
+    Program client({ZELTO_PORT_PROGRAM, "goto", "1", "2"});
+    test.navigator->ReadUntil("#2 GetString: F|0\\n -> G|zelto-navigator");
+    test.navigator->Kill();
+    const std::string outcome = client.ReadAll();
+    EXPECT_EQ(client.Wait(), 1) << outcome;
+    test.Restart({});
+    EXPECT_EQ(Port({"goto", "1", "2"}).status, 0);
+}
+
+TEST(Navigator, SilentOrLateIsATimeOutAndNoMore) {
+    NavigatorTest test({"--silent", "--fault-for", "S"});
+    ExpectSays(Port({"goto", "1", "2"}), 1, "ZeltoNavPort_Goto: 1007 (");
+    ExpectSays(Port({"get", "destination"}), 0, "1.000000,2.000000");
+    // The late reply goes to queues that its client has left; the next client must not see it.
+    test.Restart({"--delay-ms", "700", "--fault-for", "S"});
+    ExpectSays(Port({"goto", "3", "4"}), 1, ": 1007 (");
+    ExpectSays(Port({"get", "destination"}), 0, "3.000000,4.000000");
+}
+
+TEST(Navigator, RepliesOfAnyFormGiveTheDocumentedResults) {
+    const std::string longest(1024, 'A');
+    const struct {
+        std::string reply;
+        const char* status;  // of Goto
+        const char* street;
+        const char* text;  // of GetString
+    } rows[] = {
+        {"A", "2", "8", "9"},
+        {"B|7", "7", "7", "9"},
+        {"B|", "9", "9", "9"},
+        {"B|x", "0", "0", "9"},
+        {"G", "9", "9", "10"},
+        {"Gxx|abc", "9", "9", "0"},
+        {"\x80garbage", "9", "9", "9"},
+        {longest, "10", "10", "9"},
+        {"G|" + longest, "1007", "1007", "1007"},
+    };
+    NavigatorTest test;
+    for (const auto& row : rows) {
+        test.Restart({"--reply", row.reply});
+        const auto expect = [&](Words call, const char* result) {
+            call.insert(call.end(), {"--connect", "find"});
+            ExpectSays(Port(call), std::string(result) == "0" ? 0 : 1,
+                       std::string(": ") + result + " (");
+        };
+        expect({"goto", "1", "2"}, row.status);
+        expect({"street"}, row.street);
+        expect({"get", "x"}, row.text);
+    }
+}
+
+TEST(Navigator, TakesNoHarmFromAnnouncementsWithoutARequest) {
+    const NavigatorTest test;
+    HWND window = FindWindowW(TEXT("ZELTOPOCKETMAINW"), nullptr);
+    MSGQUEUEOPTIONS options = {20, MSGQUEUE_ALLOW_BROKEN, 20, 1024, FALSE};
+    HANDLE tx = CreateMsgQueue(TEXT("ZeltoApiMsgQ9_tx"), &options);
+    options.bReadAccess = TRUE;
+    HANDLE rx = CreateMsgQueue(TEXT("ZeltoApiMsgQ9_rx"), &options);
+    for (const LPARAM detail : {12, 13, 3, 0, -7})  // 12: our queues; 13: nobody's
+        EXPECT_TRUE(PostMessageW(window, navigator::kAnnouncement, 15, detail));
+    EXPECT_TRUE(PostMessageW(window, navigator::kAnnouncement, 16, 12));
+    EXPECT_EQ(Port({"goto", "1", "2"}).status, 0);
+    const std::string watched = test.navigator->ReadUntil("announcement -7 ignored");
+    EXPECT_NE(watched.find("#9 no request came\n#10 the client has closed its queues\n"),
+              std::string::npos)
+        << watched;
+    CloseMsgQueue(tx);
+    CloseMsgQueue(rx);
+    EXPECT_TRUE(PostMessageW(window, WM_CLOSE, 0, 0));
+    EXPECT_EQ(test.navigator->Wait(), 0);
+}
+
+TEST(Navigator, AnswersByPacketFile) {
+    NavigatorTest test;
+    const std::string copy = test.device.Path() + "/navigator";
+    std::filesystem::copy(ZELTO_NAVIGATOR_PROGRAM, copy);
+    ASSERT_EQ(Port({"device", "init", "--navigator", copy}).status, 0);
+    test.navigator.reset();
+    test.navigator = std::make_unique<Program>(Words{copy, "--packet-files"});
+    test.navigator->ReadUntil("ready");
+    ASSERT_EQ(ZeltoNavPort_Init(), 0);
+    g_connection.queue_channel = 0;
+    char answer[64] = "";
+    EXPECT_EQ(ZeltoNavPort_Goto(1, 2, nullptr), 0);
+    EXPECT_EQ(ZeltoNavPort_GetString("destination", sizeof answer, answer), 0);
+    EXPECT_STREQ(answer, "1.000000,2.000000,0");
+    EXPECT_EQ(ZeltoNavPort_ExecCommand(-1), 310);
+    EXPECT_NE(test.navigator->ReadUntil("#0 ExecCommand").find("#0 Goto"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zelto::test
