@@ -4,6 +4,7 @@
 #include <charconv>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 #include "common/text/numbers.h"
 #include "common/text/token_scanner.h"
@@ -46,45 +47,72 @@ void SetDate(DDateTime& out, int32_t day, int32_t month, int32_t year) {
     out.year = PivotYear(year);
 }
 
-bool IsDayAndMonth(int32_t day, int32_t month) {
-    return day >= 1 && day <= 31 && month >= 1 && month <= 12;
+bool AcceptDayMonthYear(DDateTime& out, int32_t day, int32_t month, int32_t year) {
+    if (day < 1 || month < 1)
+        return false;
+    if (month > 12 && day < 12)
+        std::swap(day, month);
+    SetDate(out, day, month, year);
+    return true;
+}
+
+bool AcceptYearMonthDay(DDateTime& out, int32_t year, int32_t month, int32_t day) {
+    if (day < 1 || day > 31 || month < 1 || month > 12)
+        return false;
+    SetDate(out, day, month, year);
+    return true;
+}
+
+bool AcceptDateAndTime(DDateTime& out, const int32_t (&fields)[6]) {
+    if (!AcceptYearMonthDay(out, fields[0], fields[1], fields[2]))
+        return false;
+    out.hour = fields[3];
+    out.minute = fields[4];
+    out.seconds = static_cast<float>(fields[5]);
+    return true;
 }
 
 bool ReadDayMonthYear(DDateTime& out, std::string_view text) {
     int32_t fields[3];
-    if (!ReadFields(text, kDayFirstSeparators, fields))
-        return false;
-    const auto [day, month, year] = fields;
-    if (day < 1 || month < 1)
-        return false;
-    const bool month_first = month > 12 && day < 12;
-    SetDate(out, month_first ? month : day, month_first ? day : month, year);
-    return true;
+    return ReadFields(text, kDayFirstSeparators, fields) &&
+           AcceptDayMonthYear(out, fields[0], fields[1], fields[2]);
 }
 
 bool ReadYearMonthDay(DDateTime& out, std::string_view text) {
     int32_t fields[3];
-    if (!ReadFields(text, kYearFirstSeparators, fields))
-        return false;
-    const auto [year, month, day] = fields;
-    if (!IsDayAndMonth(day, month))
-        return false;
-    SetDate(out, day, month, year);
-    return true;
+    return ReadFields(text, kYearFirstSeparators, fields) &&
+           AcceptYearMonthDay(out, fields[0], fields[1], fields[2]);
 }
 
 bool ReadYearMonthDayTime(DDateTime& out, std::string_view text, const ByteSet& separators) {
     int32_t fields[6];
-    if (!ReadFields(text, separators, fields))
-        return false;
-    const auto [year, month, day, hour, minute, second] = fields;
-    if (!IsDayAndMonth(day, month))
-        return false;
-    SetDate(out, day, month, year);
-    out.hour = hour;
-    out.minute = minute;
-    out.seconds = static_cast<float>(second);
-    return true;
+    return ReadFields(text, separators, fields) && AcceptDateAndTime(out, fields);
+}
+
+// Above 9 for anything but a digit.
+uint32_t DigitOf(char c) {
+    return static_cast<uint32_t>(static_cast<unsigned char>(c)) - '0';
+}
+
+// The usual texts in one pass: nothing but digits with single separators, the first two such as
+// every form splits at. Then all forms see these same numbers. Returns how many, 3 or 6; 0 leaves
+// the text to the general rule.
+int ReadPlainNumbers(const char* at, int32_t (&fields)[6]) {
+    for (int count = 1; count <= 6; ++count) {
+        uint32_t digit = DigitOf(*at);
+        if (digit > 9)
+            return 0;
+        uint32_t value = 0;
+        for (; digit <= 9; digit = DigitOf(*++at))
+            value = value * 10 + digit;
+        fields[count - 1] = static_cast<int32_t>(value);
+        if (*at == 0)
+            return count == 3 || count == 6 ? count : 0;
+        const ByteSet& separators = count < 3 ? kDayFirstSeparators : kDateTimeSeparators;
+        if (!separators.Contains(*at++))
+            return 0;
+    }
+    return 0;
 }
 
 // What stands from `column` on, at most `count` characters; empty past the end.
@@ -176,9 +204,16 @@ bool ParseYearMonthDayTime(DDateTime& out, const char* text, const char* separat
 }
 
 bool ParseDate(DDateTime& out, const char* text) {
-    const std::string_view view = View(text);
-    return ReadYearMonthDayTime(out, view, kDateTimeSeparators) || ReadYearMonthDay(out, view) ||
-           ReadDayMonthYear(out, view);
+    int32_t fields[6];
+    const int count = text != nullptr ? ReadPlainNumbers(text, fields) : 0;
+    if (count == 0) {
+        const std::string_view view = View(text);
+        return ReadYearMonthDayTime(out, view, kDateTimeSeparators) ||
+               ReadYearMonthDay(out, view) || ReadDayMonthYear(out, view);
+    }
+    return (count == 6 && AcceptDateAndTime(out, fields)) ||
+           AcceptYearMonthDay(out, fields[0], fields[1], fields[2]) ||
+           AcceptDayMonthYear(out, fields[0], fields[1], fields[2]);
 }
 
 bool ParseDayMonthNameYear(DDateTime& out, const char* text) {

@@ -125,7 +125,8 @@ DDateTime FromSeconds(double seconds) {
 
 DDateTime& operator+=(DDateTime& value, DDuration span) {
     value = FromSeconds(ToSeconds(value) + span.seconds);
-    value.Normalize();
+    if (!value.IsNull())
+        value.Normalize();
     return value;
 }
 
