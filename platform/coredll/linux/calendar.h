@@ -12,7 +12,7 @@ namespace zelto::coredll {
 constexpr int64_t kTicksPerMillisecond = 10'000;
 constexpr int64_t kTicksPerSecond = 1'000 * kTicksPerMillisecond;
 constexpr int64_t kTicksPerMinute = 60 * kTicksPerSecond;
-constexpr int64_t kTicksPerDay = 24 * 60 * kTicksPerMinute;
+constexpr int64_t kTicksPerDay = 1'440 * kTicksPerMinute;
 constexpr int64_t kMaxTicks = std::numeric_limits<int64_t>::max();
 
 constexpr int kFirstYear = 1601;

@@ -6,7 +6,7 @@
 namespace zelto::coredll {
 namespace {
 
-constexpr size_t kMaxSettingsFile = 8 * 1024;
+constexpr size_t kMaxSettingsFile = 8u << 10;
 
 ClockSettings ReadFrom(const std::string& path) {
     ClockSettings settings;

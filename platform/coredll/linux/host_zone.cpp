@@ -9,7 +9,7 @@
 namespace zelto::coredll {
 namespace {
 
-constexpr size_t kMaxZoneFile = 256 * 1024;
+constexpr size_t kMaxZoneFile = 256u << 10;
 
 // A zone file's header: the counts that tell how long the data after it are. Numbers are
 // big-endian.

@@ -10,6 +10,7 @@
 namespace zelto::coredll {
 namespace {
 
+constexpr int64_t kSecondsPerHour = 3'600;
 constexpr int64_t kSecondsPerDay = 86'400;
 constexpr int64_t kMaxOffsetHours = 24;
 constexpr int64_t kMaxRuleHours = 167;  // a week, either way
@@ -86,7 +87,7 @@ bool ReadDay(TextScanner& text, Rule& rule) {
 bool ReadRule(TextScanner& text, Rule& rule) {
     if (!text.Literal(",") || !ReadDay(text, rule))
         return false;
-    rule.seconds = 2 * 3600;
+    rule.seconds = kSecondsPerHour * 2;
     return !text.Literal("/") || ReadTime(text, kMaxRuleHours, rule.seconds);
 }
 
@@ -126,9 +127,12 @@ int64_t DayInYear(const Rule& rule, int year) {
     }
 }
 
+// Within the calendar: a transition before or after it falls on its first or last moment.
 SYSTEMTIME DatedDate(const Rule& rule, int year) {
-    const int64_t ticks = DayInYear(rule, year) * kTicksPerDay + rule.seconds * kTicksPerSecond;
-    return SystemTimeFromTicks(std::max(int64_t{0}, ticks));
+    const int64_t days = DayInYear(rule, std::min(year, kLastYear));
+    const int64_t end = DaysFromDate({kLastYear + 1, 1, 1}) * kTicksPerDay - kTicksPerMillisecond;
+    const int64_t ticks = days * kTicksPerDay + rule.seconds * kTicksPerSecond;
+    return SystemTimeFromTicks(std::clamp(ticks, int64_t{0}, end));
 }
 
 LONG MinutesOf(int64_t seconds) {
@@ -149,7 +153,7 @@ bool ReadDaylight(TextScanner& text, const HalfZone& standard, HalfZone& dayligh
                   Rule& end) {
     if (!ReadName(text, daylight.name))
         return false;
-    daylight.seconds = standard.seconds - 3600;
+    daylight.seconds = standard.seconds - kSecondsPerHour;
     const bool has_offset = !text.AtEnd() && text.Peek() != ',';
     if (has_offset && !ReadTime(text, kMaxOffsetHours, daylight.seconds))
         return false;

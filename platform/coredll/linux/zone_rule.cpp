@@ -8,7 +8,7 @@ namespace zelto::coredll {
 namespace {
 
 constexpr int kLastWeek = 5;
-constexpr int64_t kMaxBias = 24 * 60;
+constexpr int64_t kMaxBias = 1'440;  // minutes
 
 bool IsValidTransition(const SYSTEMTIME& rule) {
     int64_t ignored = 0;
@@ -67,9 +67,9 @@ bool IsDaylight(const TIME_ZONE_INFORMATION& zone, int64_t ticks) {
     const int64_t standard = int64_t{zone.Bias} + zone.StandardBias;
     const int64_t daylight = int64_t{zone.Bias} + zone.DaylightBias;
     const int64_t local = std::max(int64_t{0}, ticks - standard * kTicksPerMinute);
-    const int year = DateFromDays(local / kTicksPerDay).year;
+    const int year = std::min(DateFromDays(local / kTicksPerDay).year, kLastYear);
     Neighbours neighbours(ticks);
-    for (int near = year - 1; near <= year + 1; ++near) {
+    for (int near = year - 1; near <= std::min(year + 1, kLastYear); ++near) {
         neighbours.Add(LocalTicks(zone.DaylightDate, near) + standard * kTicksPerMinute, true);
         neighbours.Add(LocalTicks(zone.StandardDate, near) + daylight * kTicksPerMinute, false);
     }
