@@ -8,6 +8,8 @@
 namespace zelto::test {
 namespace {
 
+using namespace std::literals;
+
 constexpr LPCWSTR kKey = u"SOFTWARE\\ZeltoNav\\General";
 
 class RegistryCalls : public FilesFixture {
@@ -49,16 +51,16 @@ TEST_F(RegistryCalls, ValuesComeBackAsTheyWereStored) {
         const char* line;  // in the file
     };
     const Case cases[] = {
-        {u"Path_EXE", REG_SZ, Bytes({u"\\a b\\ñ.exe", 11}), R"("Path_EXE"=sz:"\\a b\\ñ.exe")"},
+        {u"Path_EXE", REG_SZ, Bytes(u"\\a b\\ñ.exe\0"sv), R"("Path_EXE"=sz:"\\a b\\ñ.exe")"},
         {u"no nul", REG_SZ, Bytes(u"x"), R"("no nul"=sz-unterminated:"x")"},
-        {u"nuls", REG_SZ, Bytes({u"a\0b\0\0", 5}), R"("nuls"=sz:"a\x0000b\x0000")"},
+        {u"nuls", REG_SZ, Bytes(u"a\0b\0\0"sv), R"("nuls"=sz:"a\x0000b\x0000")"},
         {u"odd", REG_SZ, "odd", R"("odd"=hex(1):6f,64,64)"},
-        {u"q\"\n", REG_SZ, Bytes({u"\xD800\"", 3}), R"("q\"\x000a"=sz:"\xd800\"")"},
+        {u"q\"\n", REG_SZ, Bytes(u"\xD800\"\0"sv), R"("q\"\x000a"=sz:"\xd800\"")"},
         {u"number", REG_DWORD, {"\x2A\0\0\x80", 4}, R"("number"=dword:8000002a)"},
         {u"short", REG_DWORD, "\x2A", R"("short"=hex(4):2a)"},
         {u"list", REG_MULTI_SZ, "\xFF", R"("list"=hex(7):ff)"},
         {u"nothing", 0xFFFFFFFF, "", R"("nothing"=hex(ffffffff):)"},
-        {u"", REG_SZ, Bytes({u"", 1}), R"(@=sz:"")"},
+        {u"", REG_SZ, Bytes(u"\0"sv), R"(@=sz:"")"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(Set(key, c.name, c.type, c.data), 0);

@@ -61,36 +61,41 @@ std::string ResolveLinks(const std::string& path) {
     return result;
 }
 
-// Whether the copy may take this name; `exists` receives whether a file has it now.
-DWORD CheckCopyTarget(const std::string& path, bool fail_if_exists, bool& exists) {
-    struct stat status {};
-    exists = stat(path.c_str(), &status) == 0;
-    if (!exists)
-        return errno == ENOENT ? DWORD{ERROR_SUCCESS} : PathError(errno, path);
-    if (fail_if_exists)
-        return ERROR_FILE_EXISTS;
-    const bool hidden = (FileAttributes(status.st_mode, path) & FILE_ATTRIBUTE_HIDDEN) != 0;
-    // A pipe or a device must not be replaced by a file.
-    if (!S_ISREG(status.st_mode) || IsReadOnlyMode(status.st_mode) || hidden)
-        return ERROR_ACCESS_DENIED;
-    return QuietFile(path).InUse() ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
-}
-
-DWORD OpenCopySource(const std::string& path, OpenedFile& file) {
-    const DWORD error = OpenHostFile(path, {GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING, 0}, file);
+DWORD OpenCopySource(const std::string& path, DWORD share, OpenedFile& file) {
+    const DWORD error = OpenHostFile(path, {GENERIC_READ, share, OPEN_EXISTING, 0}, file);
     if (error != ERROR_SUCCESS)
         return error;
     return file.is_regular ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;  // a pipe may have no end
 }
 
+// Keeps others from a file that is about to be replaced: who opened it now would write into
+// nothing. A file that is not there needs no holding.
+DWORD HoldCopyTarget(const std::string& path, bool fail_if_exists, OpenedFile& held) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0)
+        return errno == ENOENT ? DWORD{ERROR_SUCCESS} : PathError(errno, path);
+    if (fail_if_exists)
+        return ERROR_FILE_EXISTS;
+    const bool hidden = (FileAttributes(status.st_mode, path) & FILE_ATTRIBUTE_HIDDEN) != 0;
+    // A pipe or a device must not be replaced by a file.
+    if (!S_ISREG(status.st_mode) || hidden)
+        return ERROR_ACCESS_DENIED;
+    const OpenRequest exclusive = {GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING, 0};
+    const DWORD error = OpenHostFile(path, exclusive, held);
+    if (error != ERROR_SUCCESS)
+        return error;
+    const SharingGate gate(held.fd.Get());
+    return IsInUse(held.fd.Get()) ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
+}
+
 DWORD CopyHostFile(const std::string& source, const std::string& target, bool fail_if_exists) {
     OpenedFile from;
-    DWORD error = OpenCopySource(source, from);
+    DWORD error = OpenCopySource(source, FILE_SHARE_READ, from);
     if (error != ERROR_SUCCESS)
         return error;
     const std::string place = ResolveLinks(target);
-    bool exists = false;
-    error = CheckCopyTarget(place, fail_if_exists, exists);
+    OpenedFile held;
+    error = HoldCopyTarget(place, fail_if_exists, held);
     if (error != ERROR_SUCCESS)
         return error;
     const auto existing = fail_if_exists ? Existing::kKeep : Existing::kReplace;
@@ -110,7 +115,7 @@ DWORD MoveError(int error_number, const std::string& source) {
 
 DWORD MoveToOtherFileSystem(const std::string& source, const std::string& target) {
     OpenedFile from;
-    const DWORD error = OpenCopySource(source, from);
+    const DWORD error = OpenCopySource(source, 0, from);
     if (error != ERROR_SUCCESS)
         return error;
     int failed = CopyToTarget(from.fd.Get(), target, Existing::kKeep);
