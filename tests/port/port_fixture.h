@@ -12,13 +12,14 @@
 
 namespace zelto::test {
 
-inline HWND const kNavigator = reinterpret_cast<HWND>(uintptr_t{0x700});
+using Lines = std::vector<std::string>;
 
 inline void Restart() {
     Scripted() = {};
     g_connection = {};
-    g_connection.window = kNavigator;
+    g_connection.window = FindWindowW(g_connection.window_class, nullptr);
     SetCurrentCodepage(CP_UTF8);
+    Scripted().calls.clear();
 }
 
 class PortTest : public testing::Test {

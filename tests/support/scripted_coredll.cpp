@@ -4,9 +4,6 @@
 #include <cstring>
 #include <sstream>
 
-using zelto::test::Scripted;
-using zelto::test::ScriptedRead;
-
 namespace zelto::test {
 
 ScriptedSystem& Scripted() {
@@ -14,45 +11,22 @@ ScriptedSystem& Scripted() {
     return system;
 }
 
-std::vector<std::string> CallsOf(std::initializer_list<std::string> names) {
+std::vector<std::string> CallsOf(const std::set<std::string>& names) {
     std::vector<std::string> found;
     for (const std::string& call : Scripted().calls)
-        if (std::ranges::count(names, call.substr(0, call.find(' '))) != 0)
+        if (names.contains(call.substr(0, call.find(' '))))
             found.push_back(call);
     return found;
-}
-
-std::string RawBytes(const std::basic_string<WCHAR>& text) {
-    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(WCHAR)};
 }
 
 }  // namespace zelto::test
 
 namespace {
 
-HWND const kWindow = reinterpret_cast<HWND>(uintptr_t{0x700});
-HKEY const kKey = reinterpret_cast<HKEY>(uintptr_t{0x900});
+using zelto::test::Scripted;
 
 std::string Narrow(const WCHAR* text) {
-    std::string narrow;
-    for (; text != nullptr && *text != 0; ++text)
-        narrow += static_cast<char>(*text);
-    return narrow;
-}
-
-template <typename... Parts>
-void Record(const char* call, const Parts&... parts) {
-    std::ostringstream line;
-    line << call;
-    ((line << ' ' << parts), ...);
-    Scripted().calls.push_back(line.str());
-}
-
-HANDLE Open(const std::string& name) {
-    static uintptr_t next = 0x1000;
-    HANDLE handle = reinterpret_cast<HANDLE>(++next);
-    Scripted().open[handle] = name;
-    return handle;
+    return {text, text + (text != nullptr ? wcslen(text) : 0)};
 }
 
 std::string NameOf(HANDLE handle) {
@@ -65,9 +39,32 @@ BOOL Fail(DWORD error) {
     return FALSE;
 }
 
-BOOL Close(const char* call, HANDLE handle) {
-    Record(call, NameOf(handle));
+// Writes a call down and tells whether it succeeds; `error` is the last error if it does not.
+template <typename... Parts>
+BOOL Answer(DWORD error, const char* call, const Parts&... parts) {
+    std::ostringstream line;
+    line << call;
+    ((line << ' ' << parts), ...);
+    Scripted().calls.push_back(line.str());
+    return Scripted().failing.contains(call) ? Fail(error) : TRUE;
+}
+
+HANDLE Open(const std::string& name) {
+    static char handles[1000];
+    static size_t used = 0;
+    HANDLE handle = &handles[used++ % sizeof(handles)];
+    Scripted().open[handle] = name;
+    return handle;
+}
+
+BOOL Close(HANDLE handle) {
     return Scripted().open.erase(handle) != 0 ? TRUE : Fail(ERROR_INVALID_HANDLE);
+}
+
+// What a read leaves in the caller's buffer.
+void Deliver(const std::string& data, void* buffer, DWORD size, DWORD* read) {
+    *read = std::min(size, static_cast<DWORD>(data.size()));
+    std::memcpy(buffer, data.data(), *read);
 }
 
 }  // namespace
@@ -83,25 +80,25 @@ void SetLastError(DWORD error) {
 }
 
 BOOL CloseHandle(HANDLE handle) {
-    return Close("CloseHandle", handle);
+    Answer(0, "CloseHandle", NameOf(handle));
+    return Close(handle);
 }
 
 void Sleep(DWORD milliseconds) {
-    Record("Sleep", milliseconds);
+    Answer(0, "Sleep", milliseconds);
     Scripted().clock += milliseconds;
 }
 
 BOOL DisableThreadLibraryCalls(HMODULE /*module*/) {
-    Record("DisableThreadLibraryCalls");
-    return TRUE;
+    return Answer(0, "DisableThreadLibraryCalls");
 }
 
 void InitializeCriticalSection(CRITICAL_SECTION* /*section*/) {
-    Record("InitializeCriticalSection");
+    Answer(0, "InitializeCriticalSection");
 }
 
 void DeleteCriticalSection(CRITICAL_SECTION* /*section*/) {
-    Record("DeleteCriticalSection");
+    Answer(0, "DeleteCriticalSection");
 }
 
 void EnterCriticalSection(CRITICAL_SECTION* /*section*/) {}
@@ -112,73 +109,69 @@ BOOL TryEnterCriticalSection(CRITICAL_SECTION* /*section*/) {
 
 void LeaveCriticalSection(CRITICAL_SECTION* /*section*/) {}
 
-LONG RegOpenKeyExW(HKEY key, LPCWSTR sub_key, DWORD /*options*/, DWORD access, HKEY* result) {
-    Record("RegOpenKeyExW", key == HKEY_LOCAL_MACHINE ? "HKLM" : "?", Narrow(sub_key), access);
-    *result = kKey;
-    return Scripted().key_present ? LONG{0} : LONG{ERROR_FILE_NOT_FOUND};
+LONG RegOpenKeyExW(HKEY /*key*/, LPCWSTR sub_key, DWORD /*options*/, DWORD access, HKEY* result) {
+    *result = HKEY_LOCAL_MACHINE;
+    return Answer(0, "RegOpenKeyExW", Narrow(sub_key), access) ? LONG{0} : LONG{2};
 }
 
 LONG RegQueryValueExW(HKEY /*key*/, LPCWSTR name, DWORD* /*reserved*/, DWORD* /*type*/, BYTE* data,
                       DWORD* size) {
-    Record("RegQueryValueExW", Narrow(name), *size);
+    Answer(0, "RegQueryValueExW", Narrow(name), *size);
     const auto& value = Scripted().registry_value;
     if (!value)
         return ERROR_FILE_NOT_FOUND;
     const DWORD room = *size;
-    *size = static_cast<DWORD>(value->size());
-    std::memcpy(data, value->data(), std::min(room, *size));
-    return *size <= room ? LONG{0} : LONG{ERROR_MORE_DATA};
+    Deliver(*value, data, room, size);
+    return value->size() <= room ? LONG{0} : LONG{ERROR_MORE_DATA};
 }
 
 LONG RegCloseKey(HKEY /*key*/) {
-    Record("RegCloseKey");
+    Answer(0, "RegCloseKey");
     return 0;
 }
 
 HWND FindWindowW(LPCWSTR class_name, LPCWSTR title) {
-    Record("FindWindowW", Narrow(class_name), title == nullptr ? "any" : "titled");
-    return Scripted().finds_without_window-- > 0 ? nullptr : kWindow;
+    static char window;
+    Answer(0, "FindWindowW", Narrow(class_name), title == nullptr ? "any" : "titled");
+    return Scripted().finds_without_window-- > 0 ? nullptr : reinterpret_cast<HWND>(&window);
 }
 
 BOOL ShowWindow(HWND /*window*/, int command) {
-    Record("ShowWindow", command);
-    return FALSE;
+    return Answer(0, "ShowWindow", command);
 }
 
 BOOL SetForegroundWindow(HWND /*window*/) {
-    Record("SetForegroundWindow");
-    return TRUE;
+    return Answer(0, "SetForegroundWindow");
 }
 
 BOOL PostMessageW(HWND /*window*/, UINT message, WPARAM wparam, LPARAM lparam) {
-    Record("PostMessageW", message, wparam, lparam);
-    return Scripted().post_succeeds ? TRUE : Fail(ERROR_INVALID_WINDOW_HANDLE);
+    return Answer(ERROR_INVALID_WINDOW_HANDLE, "PostMessageW", message, wparam, lparam);
 }
 
 BOOL ShellExecuteEx(SHELLEXECUTEINFO* info) {
-    Record("ShellExecuteEx", info->cbSize == sizeof(*info), Narrow(info->lpVerb),
-           Narrow(info->lpFile), info->nShow);
-    return Scripted().start_succeeds ? TRUE : Fail(ERROR_FILE_NOT_FOUND);
+    return Answer(ERROR_FILE_NOT_FOUND, "ShellExecuteEx", info->cbSize == sizeof(*info),
+                  Narrow(info->lpVerb), Narrow(info->lpFile), info->nShow);
 }
 
 HANDLE CreateMsgQueue(LPCWSTR name, const MSGQUEUEOPTIONS* options) {
-    Record("CreateMsgQueue", Narrow(name), options->dwSize, options->dwFlags,
+    Answer(0, "CreateMsgQueue", Narrow(name), options->dwSize, options->dwFlags,
            options->dwMaxMessages, options->cbMaxMessage, options->bReadAccess);
     return Open(Narrow(name));
 }
 
 BOOL CloseMsgQueue(HANDLE queue) {
-    return Close("CloseMsgQueue", queue);
+    Answer(0, "CloseMsgQueue", NameOf(queue));
+    return Close(queue);
 }
 
 BOOL WriteMsgQueue(HANDLE queue, const void* buffer, DWORD size, DWORD timeout, DWORD flags) {
-    Record("WriteMsgQueue", NameOf(queue), size, timeout, flags);
-    DWORD error = 0;
+    Answer(0, "WriteMsgQueue", NameOf(queue), size, timeout, flags);
     if (size > 1024)
-        error = ERROR_INSUFFICIENT_BUFFER;
-    if (buffer == nullptr && !Scripted().takes_null_message)
-        error = ERROR_INVALID_PARAMETER;
-    if (auto& errors = Scripted().write_errors; error == 0 && !errors.empty()) {
+        return Fail(ERROR_INSUFFICIENT_BUFFER);
+    if (buffer == nullptr)
+        return Scripted().takes_null_message ? TRUE : Fail(ERROR_INVALID_PARAMETER);
+    DWORD error = 0;
+    if (auto& errors = Scripted().write_errors; !errors.empty()) {
         error = errors.front();
         errors.pop_front();
     }
@@ -186,85 +179,69 @@ BOOL WriteMsgQueue(HANDLE queue, const void* buffer, DWORD size, DWORD timeout, 
         Scripted().clock += timeout;
     if (error != 0)
         return Fail(error);
-    if (buffer != nullptr)
-        Scripted().requests.emplace_back(static_cast<const char*>(buffer), size);
+    Scripted().requests.emplace_back(static_cast<const char*>(buffer), size);
     return TRUE;
 }
 
 BOOL ReadMsgQueue(HANDLE queue, void* buffer, DWORD size, DWORD* read, DWORD timeout,
-                  DWORD* flags) {
-    Record("ReadMsgQueue", NameOf(queue), size, timeout);
-    ScriptedRead next{{}, ERROR_TIMEOUT};
+                  DWORD* /*flags*/) {
+    Answer(0, "ReadMsgQueue", NameOf(queue), size, timeout);
+    zelto::test::ScriptedRead next{{}, ERROR_TIMEOUT};
     if (auto& reads = Scripted().reads; !reads.empty()) {
         next = reads.front();
         reads.pop_front();
     }
-    *read = 0;
-    *flags = 0;
+    Deliver(next.message, buffer, size, read);
     if (next.error == ERROR_TIMEOUT)
         Scripted().clock += timeout;
     if (next.error != 0)
         return Fail(next.error);
-    *read = std::min(size, static_cast<DWORD>(next.message.size()));
-    std::memcpy(buffer, next.message.data(), *read);
     return next.message.size() <= size ? TRUE : Fail(ERROR_INSUFFICIENT_BUFFER);
 }
 
 HANDLE CreateEventW(SECURITY_ATTRIBUTES* /*security*/, BOOL manual_reset, BOOL initial,
                     LPCWSTR name) {
-    Record("CreateEventW", Narrow(name), manual_reset, initial);
+    Answer(0, "CreateEventW", Narrow(name), manual_reset, initial);
     return Open(Narrow(name));
 }
 
 BOOL EventModify(HANDLE event, DWORD operation) {
-    Record("EventModify", NameOf(event), operation);
-    return TRUE;
+    return Answer(0, "EventModify", NameOf(event), operation);
 }
 
 DWORD WaitForSingleObject(HANDLE handle, DWORD timeout) {
-    Record("WaitForSingleObject", NameOf(handle), timeout);
-    if (Scripted().wait_result == WAIT_TIMEOUT)
-        Scripted().clock += timeout;
-    return Scripted().wait_result;
+    if (Answer(0, "WaitForSingleObject", NameOf(handle), timeout))
+        return WAIT_OBJECT_0;
+    Scripted().clock += timeout;
+    return WAIT_TIMEOUT;
 }
 
 HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* /*security*/,
                    DWORD disposition, DWORD attributes, HANDLE /*template_file*/) {
     const std::string path = Narrow(name);
-    Record("CreateFileW", path, access, share, disposition, attributes);
-    auto& system = Scripted();
-    const bool create = disposition == CREATE_ALWAYS;
-    const bool refused =
-        !system.read_only_folder.empty() && path.starts_with(system.read_only_folder);
-    if (create ? refused : !system.files.contains(path)) {
-        Fail(create ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
+    auto& files = Scripted().files;
+    if (!Answer(5, "CreateFileW", path, access, share, disposition, attributes) ||
+        (disposition == OPEN_EXISTING && !files.contains(path)))
         return INVALID_HANDLE_VALUE;
-    }
-    if (create)
-        system.files[path].clear();
+    if (disposition == CREATE_ALWAYS)
+        files[path].clear();
     return Open(path);
 }
 
 BOOL WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* written, void* /*overlapped*/) {
-    Record("WriteFile", NameOf(file), size);
-    auto& system = Scripted();
-    if (!system.file_writes_succeed)
-        return Fail(ERROR_DISK_FULL);
-    if (!system.open.contains(file) && !system.invalid_file_works)
+    if (!Answer(ERROR_DISK_FULL, "WriteFile", NameOf(file), size))
+        return FALSE;
+    if (!Scripted().open.contains(file))
         return Fail(ERROR_INVALID_HANDLE);
-    system.files[NameOf(file)].append(static_cast<const char*>(buffer), size);
+    Scripted().files[NameOf(file)].append(static_cast<const char*>(buffer), size);
     *written = size;
     return TRUE;
 }
 
 BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, void* /*overlapped*/) {
-    Record("ReadFile", NameOf(file), size);
-    auto& system = Scripted();
-    if (!system.file_reads_succeed)
-        return Fail(ERROR_GEN_FAILURE);
-    const std::string& content = system.files[NameOf(file)];
-    *read = std::min(size, static_cast<DWORD>(content.size()));
-    std::memcpy(buffer, content.data(), *read);
+    if (!Answer(ERROR_GEN_FAILURE, "ReadFile", NameOf(file), size))
+        return FALSE;
+    Deliver(Scripted().files[NameOf(file)], buffer, size, read);
     return TRUE;
 }
 
