@@ -2,6 +2,7 @@
 // its front, so neither needs a second buffer.
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 #include "common/text/text_utils.h"
@@ -18,9 +19,9 @@ void PutHexByte(char* out, char c) {
 }
 
 // Turns the `count` bytes at `text`, which has room for 2 * count + 1, into their digits.
-void ExpandToHex(char* text, int32_t count) {
+void ExpandToHex(char* text, ptrdiff_t count) {
     text[2 * count] = 0;
-    for (int32_t i = count - 1; i >= 0; --i)
+    for (ptrdiff_t i = count - 1; i >= 0; --i)
         PutHexByte(text + 2 * i, text[i]);
 }
 
@@ -37,8 +38,9 @@ void PercentEncodeBytes(DString& text, IsKept is_kept) {
         static_cast<int>(std::count_if(old, old + length, [&](char c) { return !is_kept(c); }));
     if (escaped == 0)
         return;
-    char* bytes = text.buffer(length + 2 * escaped);
-    char* out = bytes + length + 2 * escaped;
+    const int new_length = length + 2 * escaped;
+    char* bytes = text.buffer(new_length);
+    char* out = bytes + new_length;
     *out = 0;
     for (int i = length - 1; i >= 0; --i) {
         const char c = bytes[i];

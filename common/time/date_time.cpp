@@ -85,7 +85,7 @@ void DDateTime::Normalize() {
 }
 
 bool operator==(const DDateTime& a, const DDateTime& b) {
-    return (a <=> b) == 0;
+    return std::is_eq(a <=> b);
 }
 
 std::partial_ordering operator<=>(const DDateTime& a, const DDateTime& b) {
