@@ -71,13 +71,16 @@ bool ClaimUse(int fd, const FileUse& use) {
         {use.denies_read, kDeniesRead, kReads},
         {use.denies_write, kDeniesWrite, kWrites},
     };
-    if (!Claim(fd, kOpen))
-        return false;
+    bool claimed = Claim(fd, kOpen);
     for (const Rule& rule : rules) {
-        if (rule.applies && (!Claim(fd, rule.mine) || IsClaimedByOthers(fd, rule.opposite, 1)))
-            return false;
+        if (rule.applies)
+            claimed = claimed && Claim(fd, rule.mine) && !IsClaimedByOthers(fd, rule.opposite, 1);
     }
-    return true;
+    if (!claimed) {
+        const struct flock none = MarkerLock(F_UNLCK, kOpen, kMarkerCount);
+        fcntl(fd, F_OFD_SETLK, &none);
+    }
+    return claimed;
 }
 
 bool IsInUse(int fd) {

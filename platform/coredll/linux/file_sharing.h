@@ -33,7 +33,7 @@ class SharingGate {
 };
 
 // Claims the use, for as long as the file stays open. The descriptor must be open for reading.
-// False when another open is in the way: then the caller closes the file. Call it in the gate.
+// False when another open is in the way: then nothing is claimed. Call it in the gate.
 bool ClaimUse(int fd, const FileUse& use);
 
 // Whether any other open claims the file. Call it in the gate.
