@@ -19,7 +19,9 @@ class PacketFile {
     PacketFile(const PacketFile&) = delete;
     PacketFile& operator=(const PacketFile&) = delete;
 
-    bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
+    bool IsOpen() const {
+        return handle_ != INVALID_HANDLE_VALUE;  // NOLINT(performance-no-int-to-ptr)
+    }
     HANDLE handle() const { return handle_; }
 
   private:

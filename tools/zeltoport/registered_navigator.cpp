@@ -12,6 +12,7 @@ namespace zelto::tools {
 
 namespace {
 
+const HKEY kRoot = HKEY_LOCAL_MACHINE;  // NOLINT(performance-no-int-to-ptr)
 constexpr const WCHAR* kKey = TEXT("SOFTWARE\\ZeltoNav\\General");
 constexpr const WCHAR* kValue = TEXT("Path_EXE");
 
@@ -52,8 +53,8 @@ std::u16string DevicePath(const std::string& host_path) {
 
 void Store(const std::u16string& path) {
     Key key;
-    LONG error = RegCreateKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, nullptr, 0, KEY_SET_VALUE, nullptr,
-                                 &key.handle, nullptr);
+    LONG error =
+        RegCreateKeyExW(kRoot, kKey, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key.handle, nullptr);
     if (error == NO_ERROR) {
         const auto size = static_cast<DWORD>((path.size() + 1) * sizeof(WCHAR));
         error = RegSetValueExW(key.handle, kValue, 0, REG_SZ,
@@ -90,7 +91,7 @@ std::string RegisterNavigator(const std::string& path) {
 
 std::string RegisteredNavigator() {
     Key key;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, KEY_QUERY_VALUE, &key.handle) != NO_ERROR)
+    if (RegOpenKeyExW(kRoot, kKey, 0, KEY_QUERY_VALUE, &key.handle) != NO_ERROR)
         return "";
     WCHAR path[MAX_PATH] = {};
     DWORD size = sizeof path - sizeof(WCHAR);
