@@ -17,29 +17,24 @@ namespace zelto::test {
 
 class FilesFixture : public testing::Test {
   protected:
-    [[nodiscard]] std::string Host(const std::string& name) const {
-        return device_.Path() + "/" + name;
-    }
-    [[nodiscard]] std::u16string Wide(const std::string& name) const {
-        return WidePath(Host(name));
-    }
+    std::string Host(const std::string& name) const { return device_.Path() + "/" + name; }
+    std::u16string Wide(const std::string& name) const { return WidePath(Host(name)); }
     void Put(const std::string& name, const std::string& text) const {
         std::ofstream(Host(name), std::ios::binary) << text;
     }
-    [[nodiscard]] std::string Get(const std::string& name) const {
+    std::string Get(const std::string& name) const {
         std::ifstream in(Host(name), std::ios::binary);
         return in ? std::string(std::istreambuf_iterator<char>(in), {}) : "(missing)";
     }
-    // Stores the handle only where the call succeeded.
-    std::string Open(const std::u16string& name, DWORD access, DWORD share, DWORD disposition,
-                     HANDLE* file = nullptr) const {
+    // Closes the file again where `file` is null.
+    static std::string Open(const std::u16string& name, DWORD access, DWORD share,
+                            DWORD disposition, HANDLE* file = nullptr) {
         HANDLE opened = nullptr;
         std::string outcome = Outcome([&] {
-            opened = CreateFileW(name.c_str(), access, share, nullptr, disposition,
-                                 FILE_ATTRIBUTE_NORMAL, nullptr);
+            opened = CreateFileW(name.c_str(), access, share, nullptr, disposition, 0, nullptr);
             return opened != INVALID_HANDLE_VALUE;
         });
-        if (opened != INVALID_HANDLE_VALUE && file != nullptr)
+        if (file != nullptr)
             *file = opened;
         else if (opened != INVALID_HANDLE_VALUE)
             CloseHandle(opened);
@@ -59,8 +54,6 @@ class SizeLimit {
         setrlimit(RLIMIT_FSIZE, &limit);
     }
     ~SizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
-    SizeLimit(const SizeLimit&) = delete;
-    SizeLimit& operator=(const SizeLimit&) = delete;
 
   private:
     rlimit before_{};

@@ -16,10 +16,9 @@ std::string Outcome(Call call) {
     constexpr DWORD kPreset = 4711;
     SetLastError(kPreset);
     const bool succeeded = call() != FALSE;
-    const std::string error = std::to_string(GetLastError());
-    if (!succeeded)
-        return error;
-    return GetLastError() == kPreset ? "ok" : "ok " + error;
+    const DWORD error = GetLastError();
+    return (succeeded ? "ok" : "") +
+           (succeeded && error == kPreset ? "" : (succeeded ? " " : "") + std::to_string(error));
 }
 
 }  // namespace zelto::test
