@@ -40,7 +40,7 @@ class Library {
 };
 
 TEST(SharedLibrary, LoadsWorksUnloadsAndLoadsAgain) {
-    const NavigatorTest test;
+    const NavigatorTest device;
     for (int round = 0; round < 2; ++round) {
         {
             const Library library;
@@ -54,20 +54,20 @@ TEST(SharedLibrary, LoadsWorksUnloadsAndLoadsAgain) {
         EXPECT_EQ(dlopen(ZELTO_PORT_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
     }
     // Each load begins with the state of a fresh process.
-    const std::string journal = ReadWholeFile(test.Journal());
+    const std::string journal = ReadWholeFile(device.Journal());
     EXPECT_NE(journal.find("\"generation\":2", journal.find("\"generation\":4")), journal.npos);
 }
 
 TEST(SharedLibrary, ServesAClientInC) {
-    const NavigatorTest test;
-    const Outcome client = Run({C_CLIENT});
+    const NavigatorTest device;
+    const Outcome client = test::Run({C_CLIENT});
     EXPECT_EQ(client.output, "");
     EXPECT_EQ(client.status, 0);
 }
 
 TEST(SharedLibrary, ExportsItsFunctionsAndNothingElse) {
     std::istringstream symbols(
-        Run({"/usr/bin/env", "nm", "-D", "--defined-only", ZELTO_PORT_LIBRARY}).output);
+        test::Run({"/usr/bin/env", "nm", "-D", "--defined-only", ZELTO_PORT_LIBRARY}).output);
     int plain = 0;
     std::set<std::string> others;
     for (std::string address, kind, name; symbols >> address >> kind >> name;) {

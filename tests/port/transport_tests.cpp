@@ -168,7 +168,7 @@ TEST_F(PortTest, APacketReplyIsTerminatedOnePastItsBytes) {
     char reply[5] = "????";
     uint32_t bytes_read = 0;
     EXPECT_EQ(Transact("F", "0", reply, 3, bytes_read), 0);
-    EXPECT_EQ(std::string(reply, 5), std::string("AAA\0", 5));
+    EXPECT_EQ(std::string(reply, 4), std::string("AAA\0", 4));
 }
 
 }  // namespace
