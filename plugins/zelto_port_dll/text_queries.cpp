@@ -17,12 +17,14 @@ namespace zelto {
 
 namespace {
 
-constexpr size_t kReplySlack = 10;  // room for a terminator, and to spare
+constexpr uint32_t kReplySlack = 10;  // room for a terminator, and to spare
 
 char* AllocateReply(uint32_t size) {
-    if (size > SIZE_MAX - kReplySlack)
+    const uint64_t wanted = uint64_t{size} + kReplySlack;
+    const size_t bytes = static_cast<size_t>(wanted);
+    if (bytes != wanted)
         throw std::bad_alloc();
-    return new char[size + kReplySlack];
+    return new char[bytes];
 }
 
 int32_t GetString(const char* request, uint32_t size, char* destination) {
