@@ -46,8 +46,8 @@ TEST(Client, ReachesEveryExport) {
     const Row rows[] = {
         {{"init"}, "ZeltoNavPort_Init", 0, "F|0\n", "success"},
         {{"is-open"}, "ZeltoNavPort_IsOpen", 0, "", "success"},
-        {{"show"}, "ZeltoNavPort_Show", 0, "", ""},
         {{"minimize"}, "ZeltoNavPort_Minimize", 0, "", ""},
+        {{"show"}, "ZeltoNavPort_Show", 0, "", ""},
         {{"open", map}, "ZeltoNavPort_OpenFile", 0, "D|" + map + "\n", ""},
         {{"open", "--narrow", "/bin/sh"}, "ZeltoNavPort_OpenFile (8-bit)", 0, "D|/bin/sh\n", ""},
         {{"open", "/ñ"}, "ZeltoNavPort_OpenFile", 305, "D|/ñ\n", "does not exist"},
@@ -169,10 +169,10 @@ TEST(Client, FeedsTheDriveAndCountsWhatIsRefused) {
 
 TEST(Client, ExamplesRunAndTheReadmeShowsTheFirst) {
     const NavigatorTest test;
-    const Outcome first = Run({ZELTO_FIRST_CLIENT_CPP});
+    const Outcome first = RunProgram({ZELTO_FIRST_CLIENT_CPP});
     EXPECT_EQ(first.status, 0);
     EXPECT_EQ(first.output, "on the way to 42.846700,-2.672700,0\n");
-    const Outcome second = Run({ZELTO_FIRST_CLIENT_C});
+    const Outcome second = RunProgram({ZELTO_FIRST_CLIENT_C});
     EXPECT_EQ(second.status, 0);
     EXPECT_EQ(second.output, "result 0, position 42.846700,-2.672700\n");
     const std::string source = std::string(ZELTO_SOURCE_DIR);

@@ -22,12 +22,12 @@ void ExpectSays(const Outcome& outcome, int status, const std::string& words) {
 TEST(Device, IsExplainedWhenItCannotBeUsed) {
     const TempDevice device;
     const std::string directory = device.Device();
-    ExpectSays(Port({"init"}), 1, ": 4 (no navigator is registered");
-    ExpectSays(Port({"--json", "device", "init", "--navigator", "/etc/hostname"}), 2,
+    ExpectSays(Port({"init"}), 1, ": 4 (no navigator, or");
+    ExpectSays(Port({"--json", "device", "init", "--navigator", device.Path()}), 2,
                "not a program");
     chmod(directory.c_str(), 0755);
     ExpectSays(Port({"init"}), 2, "open to other users");
-    ExpectSays(Run({ZELTO_NAVIGATOR_PROGRAM}), 1, "open to other users");
+    ExpectSays(RunProgram({ZELTO_NAVIGATOR_PROGRAM}), 1, "open to other users");
     std::filesystem::remove_all(directory);
     ExpectSays(Port({"get", "version"}), 2, "is not there");
     ExpectSays(Port({"device", "show"}), 2, "is not there");
@@ -48,6 +48,7 @@ TEST(Device, DamagedRegistryAndForeignStoreAreRefused) {
     test.navigator->Kill();
     WriteWholeFile(test.device.Device() + "/store", "not a store");
     EXPECT_EQ(Port({"init"}).status, 2);
+    ExpectSays(RunProgram({ZELTO_NAVIGATOR_PROGRAM}), 1, "remove the file");
 }
 
 TEST(Device, NavigatorsPathHasALimit) {
@@ -67,7 +68,7 @@ TEST(Navigator, MissingOneIsReportedAtOnce) {
     std::filesystem::copy("/bin/true", test.device.Path() + "/gone");
     EXPECT_EQ(Port({"device", "init", "--navigator", test.device.Path() + "/gone"}).status, 0);
     std::filesystem::remove(test.device.Path() + "/gone");
-    ExpectSays(Run({ZELTO_NAVIGATOR_PROGRAM}), 1, "runs on this device already");
+    ExpectSays(RunProgram({ZELTO_NAVIGATOR_PROGRAM}), 1, "runs on this device already");
     test.navigator->Kill();
     test.navigator->Wait();
     ExpectSays(Port({"is-open"}), 1, ": 6 (");
@@ -81,10 +82,11 @@ TEST(Navigator, MissingOneIsReportedAtOnce) {
 TEST(Navigator, DyingInARequestLeavesTheDeviceUsable) {
     NavigatorTest test({"--delay-ms", "30000", "--fault-for", "S"});
     Program client({ZELTO_PORT_PROGRAM, "goto", "1", "2"});
-    test.navigator->ReadUntil("#2 GetString: F|0\\n -> G|zelto-navigator");
+    test.navigator->ReadUntil("held back");
     test.navigator->Kill();
     const std::string outcome = client.ReadAll();
-    EXPECT_EQ(client.Wait(), 1) << outcome;
+    EXPECT_EQ(client.Wait(), 1);
+    EXPECT_NE(outcome.find(": 1007 ("), std::string::npos) << outcome;
     test.Restart({});
     EXPECT_EQ(Port({"goto", "1", "2"}).status, 0);
 }
@@ -111,7 +113,7 @@ TEST(Navigator, RepliesOfAnyFormGiveTheDocumentedResults) {
         {"B|7", "7", "7", "9"},
         {"B|", "9", "9", "9"},
         {"B|x", "0", "0", "9"},
-        {"G", "9", "9", "10"},
+        {"G", "2", "8", "10"},
         {"Gxx|abc", "9", "9", "0"},
         {"\x80garbage", "9", "9", "9"},
         {longest, "10", "10", "9"},

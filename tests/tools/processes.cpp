@@ -76,7 +76,7 @@ int Program::Wait() {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-Outcome Run(const Words& command, const std::string& input) {
+Outcome RunProgram(const Words& command, const std::string& input) {
     Program program(command, input);
     std::string output = program.ReadAll();
     return {program.Wait(), output};
@@ -84,7 +84,7 @@ Outcome Run(const Words& command, const std::string& input) {
 
 Outcome Port(Words arguments, const std::string& input) {
     arguments.insert(arguments.begin(), ZELTO_PORT_PROGRAM);
-    return Run(arguments, input);
+    return RunProgram(arguments, input);
 }
 
 NavigatorTest::NavigatorTest(const Words& options) {

@@ -43,7 +43,7 @@ struct Outcome {
 };
 
 // Runs a program to its end.
-Outcome Run(const Words& command, const std::string& input = "/dev/null");
+Outcome RunProgram(const Words& command, const std::string& input = "/dev/null");
 
 // Runs zeltoport with these arguments.
 Outcome Port(Words arguments, const std::string& input = "/dev/null");

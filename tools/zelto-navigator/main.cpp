@@ -4,6 +4,7 @@
 #include <fmt/core.h>
 
 #include "platform/coredll/linux/device.h"
+#include "platform/coredll/linux/store.h"
 #include "tools/zelto-navigator/queries.h"
 #include "tools/zelto-navigator/refusal.h"
 #include "tools/zelto-navigator/requests.h"
@@ -50,7 +51,9 @@ void AddFaultOptions(CLI::App& app, Faults& faults) {
 
 int Serve(const ServiceOptions& options, const std::string& journal_path) {
     std::string why;
-    if (!zelto::coredll::CheckDevice(&why)) {
+    if (zelto::coredll::CheckDevice(&why))
+        why = zelto::coredll::StoreProblem();
+    if (!why.empty()) {
         fmt::print(stderr, "zelto-navigator: {}\n", why);
         return 1;
     }

@@ -119,8 +119,10 @@ std::string Service::ReplyTo(const std::string& request) {
     const Faults& faults = options_.faults;
     if (!faults.Concern(request))
         return reply;
-    if (faults.delay > 0)
+    if (faults.delay > 0) {
+        Say(fmt::format("reply held back for {} ms", faults.delay));
         Sleep(faults.delay);
+    }
     if (faults.silent)
         return "";
     return faults.reply.value_or(reply);

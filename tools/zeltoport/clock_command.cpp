@@ -1,7 +1,9 @@
 // zeltoport clock: the device's clock and time zone, in the library's own text forms.
 
 #include <fmt/format.h>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "common/time/date_format.h"
 #include "common/time/date_parse.h"
@@ -80,14 +82,31 @@ void Show(Session& session) {
     session.Report(kExitSuccess, words, object);
 }
 
-// The forms that carry a time come first: a date form alone would drop it.
+bool ParseYearFirst(DDateTime& out, const char* text) {
+    return ParseYearMonthDayTime(out, text, "-/.: T");
+}
+
+// A text too long for a date alone, or with a blank, must hold a time: the date forms would drop
+// what they do not understand of it.
 DDateTime ParseMoment(const std::string& text, const DDateTime& now) {
     using Parser = bool (*)(DDateTime&, const char*);
-    const Parser parsers[] = {ParseDayMonthNameYearThenTime, ParseDayMonthYearThenTime, ParseDate,
-                              ParseDayMonthNameYear};
-    for (const Parser parse : parsers) {
-        DDateTime value = now;
-        if (parse(value, text.c_str()) && value.IsValid())
+    // Day first: a year of four digits cannot be taken for a day.
+    constexpr Parser kWithTime[] = {ParseDayMonthNameYearThenTime, ParseDayMonthYearThenTime,
+                                    ParseYearFirst};
+    constexpr Parser kDateAlone[] = {ParseDate, ParseDayMonthNameYear};
+    constexpr size_t kLongestDate = sizeof "DD-MON-YYYY" - 1;
+    const auto accept = [&](Parser parse, DDateTime& value) {
+        value = now;
+        return parse(value, text.c_str()) && value.IsValid();
+    };
+    DDateTime value;
+    for (const Parser parse : kWithTime) {
+        if (accept(parse, value))
+            return value;
+    }
+    const bool may_be_date = text.size() <= kLongestDate && text.find(' ') == std::string::npos;
+    for (const Parser parse : kDateAlone) {
+        if (may_be_date && accept(parse, value))
             return value;
     }
     throw CommandError(fmt::format("\"{}\" is not a date that the clock can take.", text));

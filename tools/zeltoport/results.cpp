@@ -26,7 +26,7 @@ constexpr ResultText kResults[] = {
     {ZELTO_NAV_PORT_SHORT_REPLY, nullptr, "the navigator's reply is shorter than two bytes"},
     {ZELTO_NAV_PORT_EMPTY_REPLY, nullptr, "the navigator's reply is empty"},
     {ZELTO_NAV_PORT_NOT_INSTALLED, nullptr,
-     "no navigator is registered; \"zeltoport device init\" registers one"},
+     "no navigator, or one with too long a path, is registered; \"zeltoport device init\" does it"},
     {ZELTO_NAV_PORT_REQUEST_FILE, nullptr, "the request file could not be created"},
     {ZELTO_NAV_PORT_NO_WINDOW, nullptr, "no navigator window is known"},
     {ZELTO_NAV_PORT_SHORT_STREET_REPLY, nullptr, "the navigator's reply is shorter than two bytes"},
