@@ -33,6 +33,7 @@ int Run(int argc, char** argv, Session& session) {
     AddQueryCommands(app, caller);
     AddNmeaCommand(app, caller);
     AddDeviceCommand(app, session);
+    AddClockCommand(app, session);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
