@@ -46,7 +46,7 @@ TEST(PosixZone, BecomesARecord) {
         const char* to_daylight;
         const char* to_standard;
     } cases[] = {
-        {"<+0545>-5:45", -345, 0, "none", "none"},
+        {"<+0545>-5:45:40", -346, 0, "none", "none"},
         {kEurope, -60, -60, "3/5/0 02:00:00.000", "10/5/0 03:00:00.000"},
         {kNewfoundland, 210, -60, "3/2/0 02:00:00.000", "11/1/0 02:00:00.000"},
         {"EST5EDT", 300, -60, "3/2/0 02:00:00.000", "11/1/0 02:00:00.000"},
@@ -235,13 +235,19 @@ TEST(ClockSettings, FollowTheManual) {
     EXPECT_FALSE(parse(standard + daylight));
     for (const char* bias : {"1441", "9999999999", "", "x", "-60\nbias -60"})
         EXPECT_FALSE(parse(standard + daylight + "bias " + bias + "\n")) << bias;
-    for (const char* half :
-         {"\"A never", "\"A\\x\" never", "\"A\\u12\" never", "\"\\u0000\" never", "\"\xC3\" never",
-          "\"123456789012345678901234567890123\" never", "\"A\" sometimes", "\"A\" never",
-          "\"A\" once 2025-02-29 at 00:00:00.000", "\"A\" once 2025-01-01 at 24:00:00.000",
-          "\"A\" every fifth Sunday of May at 02:00:00.000",
-          "\"A\" every last Sunday of May at 02:60:00.000"})
-        EXPECT_FALSE(parse("bias -60\n" + daylight + "standard 0 " + half + "\n")) << half;
+    const auto with_standard = [&](const std::string& half) {
+        return parse("bias -60\n" + daylight + "standard 0 " + half + "\n");
+    };
+    const std::string october = " every last Sunday of October at 03:00:00.000";
+    EXPECT_TRUE(with_standard("\"\\u0043ET\"" + october));
+    for (const char* name : {"\"CET", "\"CET\\x\"", "\"\\u04zT\"", "\"CET\\u0000\"", "\"CET\xC3\"",
+                             "\"CET\t\"", "\"123456789012345678901234567890123\"", "CET"})
+        EXPECT_FALSE(with_standard(name + october)) << name;
+    for (const char* when :
+         {"never", "sometimes", "once 2025-02-29 at 00:00:00.000",
+          "once 2025-01-01 at 24:00:00.000", "every fifth Sunday of May at 02:00:00.000",
+          "every last Sunday of May at 02:60:00.000"})
+        EXPECT_FALSE(with_standard(std::string("\"CET\" ") + when)) << when;
     ClockSettings settings;
     EXPECT_FALSE(ParseClockSettings("ZELTO-CLOCK 2\nEND\n", settings));
 }

@@ -103,7 +103,7 @@ class CodePageMaker {
             page_->Assign(byte, byte);
         for (uint16_t byte = 0x80; byte < 0x100; ++byte)
             AddByte(byte);
-        AddDeviceBytes(number);
+        AddControls(number);
         return std::move(page_);
     }
 
@@ -143,18 +143,13 @@ class CodePageMaker {
         }
     }
 
-    // Where the device's page has a byte that the host's has not.
-    void AddDeviceBytes(UINT number) {
-        if (number == 936)
-            AddMissing(0x80, 0x20AC);
-        const bool western = (number >= 1250 && number <= 1258) || number == 874;
-        for (uint16_t byte = 0x80; western && byte < 0xA0; ++byte)
-            AddMissing(byte, byte);  // a control character of its own number
-    }
-
-    void AddMissing(uint16_t byte, WCHAR value) {
-        if (page_->single_[byte] == CodePage::kNone && !page_->IsLead(static_cast<uint8_t>(byte)))
-            page_->Assign(byte, value);
+    // The device's Windows pages have a control character where the host's have nothing.
+    void AddControls(UINT number) {
+        const bool windows = (number >= 1250 && number <= 1258) || number == 874;
+        for (uint16_t byte = 0x80; windows && byte < 0xA0; ++byte) {
+            if (page_->single_[byte] == CodePage::kNone)
+                page_->Assign(byte, byte);
+        }
     }
 
     HostConverter decode_;
