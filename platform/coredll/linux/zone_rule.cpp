@@ -66,7 +66,8 @@ class Neighbours {
 bool IsDaylight(const TIME_ZONE_INFORMATION& zone, int64_t ticks) {
     const int64_t standard = int64_t{zone.Bias} + zone.StandardBias;
     const int64_t daylight = int64_t{zone.Bias} + zone.DaylightBias;
-    const int64_t local = std::max(int64_t{0}, ticks - standard * kTicksPerMinute);
+    // A bias is a day at most, which the sum still holds.
+    const int64_t local = std::min(ticks, kMaxTicks - kTicksPerDay) - standard * kTicksPerMinute;
     const int year = std::min(DateFromDays(local / kTicksPerDay).year, kLastYear);
     Neighbours neighbours(ticks);
     for (int near = year - 1; near <= std::min(year + 1, kLastYear); ++near) {
