@@ -15,8 +15,8 @@ static_assert(sizeof(off_t) == 8, "files beyond 2 GiB need 64-bit offsets");
 constexpr off_t kMarkers = off_t{1} << 62;
 enum Marker : uint8_t { kOpen, kReads, kWrites, kDeniesRead, kDeniesWrite, kMarkerCount };
 
-constexpr int kGateTries = 100;
-constexpr timespec kGatePause = {0, 1'000'000};
+constexpr int kGateTries = 4000;
+constexpr timespec kGatePause = {0, 500'000};
 
 struct flock MarkerLock(short type, int first, int count) {
     struct flock lock {};

@@ -19,8 +19,8 @@ struct FileUse {
 };
 
 // Held while a file's claims are made or looked at, so that nobody meets a claim which is going to
-// be withdrawn. Best effort: a lock that some other program keeps on the file is waited for a
-// tenth of a second, then ignored.
+// be withdrawn. Best effort: a lock that some other program keeps on the file is waited for two
+// seconds, then ignored.
 class SharingGate {
   public:
     explicit SharingGate(int fd);

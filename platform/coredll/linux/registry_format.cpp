@@ -67,8 +67,9 @@ void AppendData(const RegistryValue& value, std::string& out) {
     if (value.type == REG_SZ && data.size() % 2 == 0) {
         AppendText(data, out);
     } else if (value.type == REG_DWORD && data.size() == 4) {
-        const unsigned number =
-            data[0] | (data[1] << 8) | (data[2] << 16) | (static_cast<unsigned>(data[3]) << 24);
+        unsigned number = 0;
+        for (size_t i = 4; i-- > 0;)
+            number = (number << 8) | data[i];
         AppendFormat(out, "dword:%08x", number);
     } else {
         AppendBytes(value, out);
