@@ -35,7 +35,7 @@ std::string NameOf(HANDLE handle) {
 }
 
 BOOL Fail(DWORD error) {
-    Scripted().last_error = error;
+    SetLastError(error);
     return FALSE;
 }
 
@@ -70,14 +70,6 @@ void Deliver(const std::string& data, void* buffer, DWORD size, DWORD* read) {
 }  // namespace
 
 extern "C" {
-
-DWORD GetLastError() {
-    return Scripted().last_error;
-}
-
-void SetLastError(DWORD error) {
-    Scripted().last_error = error;
-}
 
 BOOL CloseHandle(HANDLE handle) {
     Answer(0, "CloseHandle", NameOf(handle));

@@ -1,7 +1,7 @@
 // Another implementation of the platform contract, for tests: a script decides what each call
 // answers, a virtual clock makes waits cost nothing, and every call is written down. It covers what
-// the connection with the navigator calls; conversions and formatting stay the platform's own.
-// Link it as objects, which win over the platform's archive. For one thread.
+// the connection with the navigator calls; conversions, formatting and the last error stay the
+// platform's own. Link it as objects, which win over the platform's archive. For one thread.
 
 #ifndef ZELTO_TESTS_SUPPORT_SCRIPTED_COREDLL_H
 #define ZELTO_TESTS_SUPPORT_SCRIPTED_COREDLL_H
@@ -36,7 +36,6 @@ struct ScriptedSystem {
     std::deque<ScriptedRead> reads;            // of queues; nothing comes when used up
     std::map<std::string, std::string> files;  // by full name
 
-    DWORD last_error = 0;
     std::map<HANDLE, std::string> open;  // names behind the handles
 };
 
