@@ -1,78 +1,92 @@
-// Conversion between UTF-16 and 8-bit codepages, and the registry of codepage tables.
+// Conversion between UTF-16 and 8-bit codepages, and the registry of tables that it prefers.
 //
-// Nothing here fails loudly: each conversion tries, in this order, a registered table, the
-// library's own UTF-8 for 65001, the system's converter and a plain fallback, and goes on to the
-// next when one gives 0. Nothing is locked: conversions are made from one thread at a time.
+// A conversion tries, in this order: a registered table of the codepage, the library's own UTF-8
+// for 65001 (utf8.h), the system's conversion, the units' low bytes. It takes the first that yields
+// anything, so it never fails but for lack of room. Codepage 0, none chosen, is 1252 in the
+// registry and the default codepage to the system.
 
 #ifndef ZELTO_COMMON_TEXT_CODEPAGE_H
 #define ZELTO_COMMON_TEXT_CODEPAGE_H
 
 #include <cstdint>
+#include <string>
 
 #include "common/text/codepage_table.h"
+#include "common/text/dstring.h"
 #include "platform/coredll/coredll.h"
 
 namespace zelto {
 
-class DString;
-
-// The process-wide codepage that texts without a tag are in; 0, none chosen, at load.
+// Process-wide; 0 at first. Any thread may ask and set it.
 int32_t CurrentCodepage();
 void SetCurrentCodepage(int32_t codepage);
 
-// The registered tables, which it owns. The last look-up is remembered, so looking the same
-// codepage up again, found or not, costs nothing.
+// The registered tables. It owns its copies of the records.
+// Thread safety: none, lookups included, since they keep the last answer: conversions that share
+// a registry are made by one thread at a time.
 class CodepageRegistry {
   public:
-    // Index of the first table of that codepage, -1 when there is none; 0 means 1252.
+    // The index of the codepage's first table, -1 without one; 0 asks for 1252. Asking for the
+    // codepage of the previous call repeats its answer unless tables have been added in between:
+    // fill in a created record before anyone asks for it.
     int32_t FindTable(int32_t codepage);
 
-    // Both return the table's index; a negative position appends. Errors (PointerArrayError): 16
-    // null record, 12 and 13 a position below the base. The remembered look-up is forgotten.
-    int32_t RegisterTable(const CodepageTable* table, int32_t position);
-    int32_t CreateTable(int32_t position);  // zeroed, for the caller to fill in place
+    // Both insert in front of `position`, at the end when that is negative, return the index and
+    // throw PointerArrayError as CodepageTableArray does. A created record is zero.
+    int32_t RegisterTable(const CodepageTable* record, int32_t position);
+    int32_t CreateTable(int32_t position);
 
-    // The table at an index, to read or to change in place. PointerArrayError 7, 8.
-    [[nodiscard]] CodepageTable& Table(int32_t index) const;
-    [[nodiscard]] int32_t TableCount() const { return tables_.Count(); }
+    CodepageTable& Table(int32_t index) { return tables_.Table(index); }
+    int32_t Count() const { return tables_.Count(); }
 
   private:
-    void ForgetLookUp();
+    int32_t Search(uint32_t identifier) const;
+    void ForgetLookup();
 
-    CodepageTableArray tables_;
+    CodepageTableArray tables_{0, 10, true};
     int32_t last_codepage_ = -1;
     int32_t last_index_ = -1;
 };
 
-// The process's registry: null until the library's start-up sets it. A null registry behaves as
-// one without tables.
+// The registry behind the conversions of DString, null until start-up sets it. Whoever sets it
+// keeps the object alive for as long as it stands here.
 CodepageRegistry*& GlobalCodepageRegistry();
 
-// Converts `count` units (below 0: to the NUL) to the codepage. Without output, or with out_size 0,
-// it measures. The result is the bytes written or needed, with the NUL or without it depending on
-// the path; 0 when no path could. A NUL is added where there is room. A null text is an empty one.
+// Both convert `count` units or bytes, and write only to `out`. Without `out` or with size 0 they
+// measure; the result is then enough as a size. Otherwise `out` has room for out_size and a NUL
+// behind: texts of exactly out_size are terminated at out[out_size]. A null registry is an empty
+// one, a null text an empty one. The result is what was or would be written, by the way taken:
+//   table         wide to narrow without the NUL (measuring: with it), narrow to wide with it; 0
+//                 and on to the next way when the text does not fit
+//   own UTF-8     without the NUL; what does not fit is counted and not written. Measuring counts
+//                 3 too much for each surrogate pair in wide to narrow
+//   system        the system's own count: with the NUL for a negative count
+//   low bytes     with the NUL; 0 when the text does not fit
+// and 1 for an empty text.
+//
+// count < 0 is up to the NUL.
 int WideToNarrow(CodepageRegistry* registry, int32_t codepage, const WCHAR* text, int count,
                  char* out, int out_size);
-
-// Converts `count` bytes to units; with output, a count of 0 or less gives an empty text and the
-// result 1. Otherwise as above.
+// count < 0 is up to the NUL when measuring, but an empty text when there is an `out`. As low bytes
+// the signed byte is the unit: 0x80 becomes 0xFF80.
 int NarrowToWide(CodepageRegistry* registry, int32_t codepage, const char* text, int count,
                  WCHAR* out, int out_size);
 
-// The byte for one value in a codepage (below 1: the current one), by the process's registry. A
-// value below 128, or a codepage without a table, gives the value itself; a value that the table
-// does not have 63 ("?").
+// A whole text, through the process-wide registry; up to its first NUL.
+std::basic_string<WCHAR> ToWide(const char* text, int count, int32_t codepage);
+inline std::basic_string<WCHAR> ToWide(const DString& text) {
+    return ToWide(text.c_str(), text.length(), text.codepage());
+}
+
+// The count itself, or that of the units up to the NUL when it is negative; 0 for a null text.
+int UnitCount(const WCHAR* text, int count);
+
+// The byte for a Unicode value by the codepage's table (below 1: of the current codepage); 63 ("?")
+// when the table lacks it. Below 128 and without a table, the value itself.
 uint32_t MapCharacter(uint32_t value, int32_t codepage);
 
-// "UTF-8" is 65001 and "ISO-8859-1" 28591, with case; any other name -1.
-int32_t CodepageFromName(const DString& name);
-
-// "UTF-8" for 65001, empty for any other.
-DString CodepageName(int32_t codepage);
-
-// Registers all tables of a codepage table file with the process's registry, or none of them when
-// the file is not a whole one; then `error` (may be null) says why.
-bool LoadCodepageTables(const DString& path, DString* error);
+int32_t CodepageFromName(const DString& name);  // "UTF-8", "ISO-8859-1"; any other is -1
+DString CodepageName(int32_t codepage);         // "UTF-8" for 65001; empty for any other
 
 }  // namespace zelto
 

@@ -140,10 +140,12 @@ class DString {
     Header& header() const;
     void allocate(int64_t capacity);
     void grow(int64_t need);
-    // The bytes may be the string's own.
-    void overwrite(const char* bytes, int n, int room, bool slack);
-    DString& append(const char* bytes, int n, int room);
-    void adopt_codepage(int32_t codepage);
+    // Puts n bytes, which may be the string's own, and a NUL at byte `start`, after reserve(room,
+    // slack).
+    void put(int start, const char* bytes, int n, int room, bool slack);
+    // Puts n bytes at the end with room for `extra` more.
+    DString& append(const char* bytes, int n, int extra);
+    void adopt_codepage(int32_t codepage);  // if the text is empty
 
     DString& append_int32(int32_t value);
     DString& append_int64(int64_t value);
