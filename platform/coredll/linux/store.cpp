@@ -102,8 +102,10 @@ void FormatStore(Store& store, const std::string& boot_id) {
     std::strncpy(store.boot_id, boot_id.c_str(), sizeof store.boot_id - 1);
     store.size = sizeof(Store);
     store.version = kStoreVersion;
-    std::atomic_thread_fence(std::memory_order_release);
-    std::memcpy(store.magic, kStoreMagic, sizeof kStoreMagic);
+    uint32_t magic[2];
+    std::memcpy(magic, kStoreMagic, sizeof magic);
+    store.magic[1].store(magic[1], std::memory_order_release);
+    store.magic[0].store(magic[0], std::memory_order_release);
 }
 
 // What is wrong with the file before it is mapped; "" when nothing is.
@@ -141,8 +143,8 @@ std::string CheckStoreHead(const StoreFile& file, const std::string& path) {
         pread(file.Get(), numbers, sizeof numbers, offsetof(Store, version)) < 0) {
         return StoreRefusal(path, "cannot be read");
     }
-    const char blank[sizeof magic] = {};
-    const bool is_blank = std::memcmp(magic, blank, sizeof magic) == 0;
+    const char blank[sizeof(Word)] = {};
+    const bool is_blank = std::memcmp(magic, blank, sizeof blank) == 0;
     if (!is_blank && std::memcmp(magic, kStoreMagic, sizeof magic) != 0) {
         return StoreRefusal(path, "was not made by this system");
     }

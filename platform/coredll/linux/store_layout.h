@@ -135,7 +135,7 @@ static_assert(sizeof(Block) == 256);
 
 struct Store {
     // Checked before anything else is looked at.
-    char magic[8];
+    Word magic[2];  // the bytes of kStoreMagic; the first word is written last of all
     uint32_t version;
     uint32_t size;
     char boot_id[40];  // of the host's boot in which the processes below lived

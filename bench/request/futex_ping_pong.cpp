@@ -1,0 +1,52 @@
+#include "bench/request/futex_ping_pong.h"
+
+#include <linux/futex.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace zelto::bench {
+namespace {
+
+void Sleep(std::atomic<uint32_t>& word, uint32_t expected) {
+    while (word.load() == expected)
+        syscall(SYS_futex, &word, FUTEX_WAIT, expected, nullptr, nullptr, 0);
+}
+
+void Wake(std::atomic<uint32_t>& word) {
+    word.fetch_add(1);
+    syscall(SYS_futex, &word, FUTEX_WAKE, 1, nullptr, nullptr, 0);
+}
+
+}  // namespace
+
+FutexPingPong::FutexPingPong()
+    : words_(static_cast<Words*>(
+          mmap(nullptr, sizeof(Words), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))),
+      partner_(fork()) {
+    if (partner_ == 0)
+        Answer(*words_);
+}
+
+FutexPingPong::~FutexPingPong() {
+    kill(partner_, SIGKILL);
+    waitpid(partner_, nullptr, 0);
+    munmap(words_, sizeof(Words));
+}
+
+void FutexPingPong::Ping() {
+    const uint32_t before = words_->pong.load();
+    Wake(words_->ping);
+    Sleep(words_->pong, before);
+}
+
+void FutexPingPong::Answer(Words& words) {
+    for (uint32_t seen = 0;; ++seen) {
+        Sleep(words.ping, seen);
+        Wake(words.pong);
+    }
+}
+
+}  // namespace zelto::bench

@@ -1,0 +1,36 @@
+// The floor under any exchange between two processes that sleep: one wake-up there, one back.
+
+#ifndef ZELTO_BENCH_REQUEST_FUTEX_PING_PONG_H
+#define ZELTO_BENCH_REQUEST_FUTEX_PING_PONG_H
+
+#include <atomic>
+#include <cstdint>
+#include <sys/types.h>
+
+namespace zelto::bench {
+
+// A second process that answers each ping; ends with the object.
+class FutexPingPong {
+  public:
+    FutexPingPong();
+    ~FutexPingPong();
+    FutexPingPong(const FutexPingPong&) = delete;
+    FutexPingPong& operator=(const FutexPingPong&) = delete;
+
+    void Ping();
+
+  private:
+    struct Words {
+        alignas(64) std::atomic<uint32_t> ping;
+        alignas(64) std::atomic<uint32_t> pong;
+    };
+
+    static void Answer(Words& words);
+
+    Words* words_;
+    pid_t partner_;
+};
+
+}  // namespace zelto::bench
+
+#endif

@@ -1,0 +1,168 @@
+// One request, ZeltoNavPort_Goto to its reply, against a bare futex ping-pong of two processes in
+// the same run. Argument: how long a wait may spin before it sleeps, in microseconds.
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <signal.h>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+#include "bench/request/futex_ping_pong.h"
+#include "bench/request/responder.h"
+#include "platform/coredll/coredll.h"
+#include "platform/coredll/linux/device.h"
+#include "plugins/zelto_port_dll/zelto_port.h"
+#include "tests/support/temp_device.h"
+
+namespace zelto::bench {
+namespace {
+
+constexpr int kBatches = 15;
+constexpr int kRequestsPerBatch = 400;
+
+struct Figures {
+    double request_us;
+    double ping_pong_us;
+    double ratio;         // median of the batches' ratios
+    double client_kb;     // resident memory that the client's requests added to its process
+    double responder_kb;  // the same on the other side
+    int32_t failed;       // result code of the first request that failed
+};
+
+template <typename Body>
+double MicrosecondsEach(const Body& body) {
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < kRequestsPerBatch; ++i)
+        body();
+    const std::chrono::duration<double, std::micro> time = std::chrono::steady_clock::now() - start;
+    return time.count() / kRequestsPerBatch;
+}
+
+double Median(std::vector<double> values) {
+    std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
+    return values[values.size() / 2];
+}
+
+// Memory of a process in kilobytes, pages it shares counted in part.
+double ProportionalMemory(pid_t process) {
+    const std::string path = "/proc/" + std::to_string(process) + "/smaps_rollup";
+    double kilobytes = 0;
+    if (std::FILE* file = std::fopen(path.c_str(), "r")) {
+        char line[256];
+        while (std::fgets(line, sizeof line, file) != nullptr) {
+            if (std::sscanf(line, "Pss: %lf", &kilobytes) == 1)
+                break;
+        }
+        std::fclose(file);
+    }
+    return kilobytes;
+}
+
+void WaitForWindow() {
+    while (FindWindowW(TEXT("ZELTOPOCKETMAINW"), nullptr) == nullptr)
+        Sleep(1);
+}
+
+Figures Measure(pid_t responder) {
+    Figures figures{};
+    FutexPingPong ping_pong;
+    const double client_before = ProportionalMemory(getpid());
+    const double responder_before = ProportionalMemory(responder);
+    figures.failed = ZeltoNavPort_Init();
+    std::vector<double> requests;
+    std::vector<double> ping_pongs;
+    std::vector<double> ratios;
+    for (int batch = 0; batch < kBatches && figures.failed == 0; ++batch) {
+        ping_pongs.push_back(MicrosecondsEach([&] { ping_pong.Ping(); }));
+        requests.push_back(MicrosecondsEach([&] {
+            const int32_t result = ZeltoNavPort_Goto(42.5, 1.5, nullptr);
+            if (result != 0)
+                figures.failed = result;
+        }));
+        ratios.push_back(requests.back() / ping_pongs.back());
+    }
+    if (figures.failed != 0)
+        return figures;
+    figures.request_us = Median(requests);
+    figures.ping_pong_us = Median(ping_pongs);
+    figures.ratio = Median(ratios);
+    figures.client_kb = ProportionalMemory(getpid()) - client_before;
+    figures.responder_kb = ProportionalMemory(responder) - responder_before;
+    return figures;
+}
+
+pid_t StartResponder() {
+    const pid_t responder = fork();
+    if (responder == 0) {
+        RunResponder();
+        _exit(1);
+    }
+    return responder;
+}
+
+// The client is a process of its own, so that each measurement connects anew with its own setting.
+Figures MeasureInChild(const std::string& spin) {
+    Figures figures{};
+    int channel[2];
+    if (pipe(channel) != 0)
+        return figures;
+    setenv("ZELTO_SPIN_US", spin.c_str(), 1);
+    const pid_t responder = StartResponder();
+    const pid_t client = fork();
+    if (client == 0) {
+        WaitForWindow();
+        figures = Measure(responder);
+        _exit(write(channel[1], &figures, sizeof figures) == sizeof figures ? 0 : 1);
+    }
+    waitpid(client, nullptr, 0);
+    kill(responder, SIGKILL);
+    waitpid(responder, nullptr, 0);
+    if (read(channel[0], &figures, sizeof figures) != sizeof figures)
+        figures.failed = -1;
+    close(channel[0]);
+    close(channel[1]);
+    return figures;
+}
+
+void RegisterNavigator() {
+    const WCHAR path[] = TEXT("\\bin\\true");  // never started: the window is there already
+    HKEY key = nullptr;
+    RegCreateKeyExW(HKEY_LOCAL_MACHINE, TEXT("SOFTWARE\\ZeltoNav\\General"), 0, nullptr, 0,
+                    KEY_SET_VALUE, nullptr, &key, nullptr);
+    RegSetValueExW(key, TEXT("Path_EXE"), 0, REG_SZ, reinterpret_cast<const BYTE*>(path),
+                   sizeof path);
+    RegCloseKey(key);
+}
+
+void Request(benchmark::State& state) {
+    const test::TempDevice device;
+    RegisterNavigator();
+    for (auto _ : state) {
+        const Figures figures = MeasureInChild(std::to_string(state.range(0)));
+        if (figures.failed != 0) {
+            state.SkipWithError(("result " + std::to_string(figures.failed)).c_str());
+            return;
+        }
+        state.SetIterationTime(figures.request_us / 1e6);
+        state.counters["ping_pong_us"] = figures.ping_pong_us;
+        state.counters["ratio"] = figures.ratio;
+        state.counters["client_kb"] = figures.client_kb;
+        state.counters["responder_kb"] = figures.responder_kb;
+    }
+}
+BENCHMARK(Request)
+    ->ArgName("spin_us")
+    ->Arg(0)
+    ->Arg(50)
+    ->UseManualTime()
+    ->Iterations(1)
+    ->Repetitions(3)
+    ->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+}  // namespace zelto::bench

@@ -1,0 +1,46 @@
+#include "bench/request/responder.h"
+
+#include <cstring>
+#include <string>
+
+#include "platform/coredll/coredll.h"
+
+namespace zelto::bench {
+namespace {
+
+constexpr UINT kAnnouncement = 17698;
+
+HANDLE OpenEnd(LPARAM generation, const char* suffix, BOOL read) {
+    WCHAR name[64];
+    const std::string text = "ZeltoApiMsgQ" + std::to_string(generation) + suffix;
+    for (size_t i = 0; i <= text.size(); ++i)
+        name[i] = static_cast<WCHAR>(text.c_str()[i]);
+    const MSGQUEUEOPTIONS options{sizeof options, MSGQUEUE_ALLOW_BROKEN, 20, 1024, read};
+    return CreateMsgQueue(name, &options);
+}
+
+void Answer(LPARAM generation) {
+    HANDLE requests = OpenEnd(generation, "_tx", TRUE);
+    HANDLE replies = OpenEnd(generation, "_rx", FALSE);
+    char request[1024];
+    DWORD size = 0;
+    if (ReadMsgQueue(requests, request, sizeof request, &size, 1000, nullptr)) {
+        const char* reply = request[0] == 'F' ? "G|ok" : "A|";
+        WriteMsgQueue(replies, reply, static_cast<DWORD>(std::strlen(reply)), 0, 0);
+    }
+    CloseMsgQueue(requests);
+    CloseMsgQueue(replies);
+}
+
+}  // namespace
+
+void RunResponder() {
+    HWND window = CreateWindowExW(0, TEXT("ZELTOPOCKETMAINW"), nullptr, 0, 0, 0, 0, 0, nullptr,
+                                  nullptr, nullptr, nullptr);
+    for (MSG message{}; window != nullptr && GetMessageW(&message, window, 0, 0) > 0;) {
+        if (message.message == kAnnouncement)
+            Answer(message.lParam - 3);
+    }
+}
+
+}  // namespace zelto::bench
