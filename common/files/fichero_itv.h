@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "common/files/fichero_mode.h"
@@ -155,7 +156,7 @@ class TFicheroITV {
     // fichero_close.cpp
     void Forget();
     bool Commit(DString* error);
-    int32_t ReplaceTarget();
+    int32_t MakeRoom() const;
 
     // fichero_itv.cpp
     bool IsReading() const { return (mode_ & FICH_READ) != 0; }
@@ -165,33 +166,43 @@ class TFicheroITV {
     // fichero_fields.cpp
     void WriteField(const char* text, size_t size);
     template <class Value>
-    TFicheroITV& PutNumber(Value value);
+    TFicheroITV& PutInteger(Value value);
     template <class Value>
     TFicheroITV& PutDecimal(Value value);
+    TFicheroITV& PutByte(unsigned char value);
     template <class Value>
-    TFicheroITV& PutCharacter(Value value);
+    TFicheroITV& GetInteger(Value& value);
     template <class Value>
-    TFicheroITV& TakeNumber(Value& value);
-    template <class Value>
-    TFicheroITV& TakeDecimal(Value& value);
-    template <class Value>
-    TFicheroITV& TakeCharacter(Value& value);
+    TFicheroITV& GetDecimal(Value& value);
+    unsigned char GetByte(unsigned char value);
 
     // fichero_lines.cpp
-    std::string_view NextToken();
-    std::string_view TakeHeldToken();
-    bool SkipToHeldToken();
-    bool HoldNextLine();
-    void EndHeldLine();
-    int32_t CollectLine(size_t limit, int32_t& end);
-    int32_t CollectText(size_t limit);
+    int32_t CollectLine(int32_t limit);
     void SkipWhite();
-    int32_t SkipComment();
-    void CountEnd(int32_t end);
+    bool CollectText(size_t kept);
+    bool JoinText(size_t kept);
+    void ShowCollected();
+    bool EndText(std::string_view segment, size_t size);
+    bool SkipComment();
+    void CountEnd(char end);
+
+    // fichero_tokens.cpp
+    std::string_view NextToken();
+    uint64_t NextInteger();
+    inline bool EndToken(const char* at, const char* end);
+    inline bool ReachToken();
+    inline bool SkipToToken();
+    bool HoldNextLine();
+    std::string_view TakeToken();
+    inline void TakeHeldLine();
+
+    // text_input.cpp
     std::string_view Segment();
+    std::string_view NextSegment();
     void Take(size_t count);
     bool FillWindow();
     bool FetchAhead();
+    std::string_view FetchBlock(size_t count);
     bool FetchOne();
 
     char separator_ = ' ';
@@ -205,7 +216,7 @@ class TFicheroITV {
     PutBackText put_back_;
     int32_t line_count_ = 0;
     uint8_t package_flag_ = 0;
-    StreamPointer stream_;
+    StreamPointer stream_{nullptr, nullptr};
     char previous_ = 0;  // the last character that the line reader took
     bool temporary_pending_ = false;
     DString file_name_;
@@ -216,9 +227,35 @@ class TFicheroITV {
     TextWindow window_;
     int64_t fetch_limit_ = 0;  // bytes beyond are fetched one by one
     bool char_was_read_ = true;
-    std::string line_;  // what CollectLine found
+    std::string_view line_;           // the last line that was collected, wherever it lies;
+    const char* readable_ = nullptr;  // bytes up to here may be read,
+    std::string collected_;           // here, when it was in several segments;
+    char line_end_ = 0;               // the CR or LF behind it, else 0
+    bool line_was_recoded_ = false;
+    bool held_is_plain_ = false;  // the held line's rest reads as it stands there,
+    int32_t held_codepage_ = 0;   // while this is the current codepage
     LineRecoder recoder_;
 };
+
+// Characters at the front of the input; none only at its end.
+inline std::string_view TFicheroITV::Segment() {
+    return put_back_.IsEmpty() && !window_.IsEmpty() ? window_.Unread() : NextSegment();
+}
+
+// Takes characters off the front. They must all be of one segment.
+inline void TFicheroITV::Take(size_t count) {
+    if (put_back_.IsEmpty())
+        window_.Take(count);
+    else
+        put_back_.Take(count);
+}
+
+// Counts what may be a line end: CR, and LF unless it follows a CR.
+inline void TFicheroITV::CountEnd(char end) {
+    if (end == '\r' || (end == '\n' && previous_ != '\r'))
+        ++line_count_;
+    previous_ = end;
+}
 
 }  // namespace zelto
 

@@ -64,9 +64,16 @@ class TFicheroFILE final : public TFicheroStream {
   private:
     enum class Direction : uint8_t { kNone, kRead, kWrite };
     void Turn(Direction direction);
+    bool PassOn();
+
+    static constexpr size_t kWaitingRoom = 4096;
 
     FILE* file_ = nullptr;
+    bool writable_ = false;
     Direction last_ = Direction::kNone;  // stdio wants a seek between the two
+    // Fields are written in pieces of a few bytes, for which fwrite costs too much.
+    size_t waiting_size_ = 0;
+    char waiting_[kWaitingRoom];
 };
 
 // Over a file handle. Opened for reading only, it shares the file with other readers; otherwise

@@ -26,8 +26,8 @@ class TCrcObserver {
     virtual void SetTotal(uint32_t total) = 0;
 
     std::atomic<uint32_t> done = 0;  // grows by the bytes read, modulo 2^32; never set back
-    DString title;                   // what is being done; empty again at the end
-    DString subject;                 // the file's path; empty again at the end
+    DString title;                   // what is being done; emptied by a run that reads
+    DString subject;                 // the file's path; likewise
 
   protected:
     ~TCrcObserver() = default;

@@ -17,8 +17,9 @@ namespace zelto {
 class LineRecoder {
   public:
     // From codepage `mark` (below 0: no conversion) to the current one. True when the conversion
-    // was made, false when it would have changed nothing.
-    bool Recode(std::string& line, int32_t mark);
+    // was made: the line is then one of the recoder's, until the next call. False when it would
+    // have changed nothing.
+    bool Recode(std::string_view& line, int32_t mark);
 
     // Gives the text the tag that a converted one has.
     static void Tag(DString& text, int32_t mark);
@@ -27,6 +28,7 @@ class LineRecoder {
     enum class Kept { kNothing, kAscii, kEveryByte };
     Kept WhatIsKept(int32_t mark, int32_t target);
 
+    std::string converted_;
     int32_t mark_ = -1;
     int32_t target_ = -1;
     Kept kept_ = Kept::kNothing;

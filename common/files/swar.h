@@ -1,0 +1,65 @@
+// Eight characters at a time in a 64-bit word, the first in the lowest byte on every host.
+
+#ifndef ZELTO_COMMON_FILES_SWAR_H
+#define ZELTO_COMMON_FILES_SWAR_H
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace zelto {
+
+inline constexpr uint64_t kOnes = 0x0101010101010101;
+inline constexpr uint64_t kHighBits = 0x8080808080808080;
+
+inline uint64_t LoadEight(const char* text) {
+    uint64_t word = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&word, text, sizeof word);
+    } else {
+        for (size_t i = 0; i < sizeof word; ++i)
+            word |= uint64_t{static_cast<unsigned char>(text[i])} << (8 * i);
+    }
+    return word;
+}
+
+// The high bit of every byte that equals `byte`, and perhaps of some behind the first of them.
+inline uint64_t BytesEqual(uint64_t word, unsigned char byte) {
+    const uint64_t zeros = word ^ (kOnes * byte);
+    return (zeros - kOnes) & ~zeros & kHighBits;
+}
+
+// Index of the first byte whose high bit is set; 8 when there is none.
+inline size_t FirstMarked(uint64_t marks) {
+    return static_cast<size_t>(std::countr_zero(marks)) / 8;
+}
+
+inline constexpr size_t kDecimalRoom = 9;
+
+// Reads ['-'] and digits that do not go beyond `end`, modulo 2^64; kDecimalRoom bytes must be
+// readable, of which those behind `end` do not matter when a non-digit stands there. Returns the
+// character behind the digits, or `text` when there are none.
+inline const char* ReadDecimal(const char* text, const char* end, uint64_t& value) {
+    const bool negative = *text == '-';
+    const char* at = text + (negative ? 1 : 0);
+    const uint64_t values = LoadEight(at) ^ (kOnes * '0');  // 0 to 9 for digits only
+    const uint64_t marks = (((values & ~kHighBits) + kOnes * 0x76) | values) & kHighBits;
+    const size_t digits = FirstMarked(marks);
+    if (digits == 0)
+        return text;
+    // The digits go to the top, zeros below; then pairs, fours and all eight are joined.
+    uint64_t sum = values << (8 * (8 - digits));
+    sum = (sum * 10 + (sum >> 8)) & 0x00FF00FF00FF00FF;
+    sum = (sum * 100 + (sum >> 16)) & 0x0000FFFF0000FFFF;
+    sum = (sum * 10000 + (sum >> 32)) & 0xFFFFFFFF;
+    at += digits;
+    for (; digits == 8 && at < end && *at >= '0' && *at <= '9'; ++at)
+        sum = sum * 10 + static_cast<uint64_t>(*at - '0');
+    value = negative ? 0 - sum : sum;
+    return at;
+}
+
+}  // namespace zelto
+
+#endif
