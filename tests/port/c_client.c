@@ -27,7 +27,7 @@ int main(void) {
     CHECK(ZeltoNavPort_Show(), 0);
     CHECK(ZeltoNavPort_Minimize(), 0);
     CHECK(ZeltoNavPort_NewPoint_nmeaA(sentence), 0);
-    CHECK(ZeltoNavPort_NewPoint_nmea(u"$GP*17", name), 306);
+    CHECK(ZeltoNavPort_NewPoint_nmea(u"$GP*00", name), 306);
     CHECK(ZeltoNavPort_Cobertura(), 0);
     CHECK(ZeltoNavPort_PositionStreet(street), 0);
     CHECK(street[0] == u'A' && street[1] == u'|', 1);

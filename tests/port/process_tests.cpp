@@ -60,14 +60,14 @@ TEST(SharedLibrary, LoadsWorksUnloadsAndLoadsAgain) {
 
 TEST(SharedLibrary, ServesAClientInC) {
     const NavigatorTest device;
-    const Outcome client = test::Run({C_CLIENT});
+    const Outcome client = RunProgram({C_CLIENT});
     EXPECT_EQ(client.output, "");
     EXPECT_EQ(client.status, 0);
 }
 
 TEST(SharedLibrary, ExportsItsFunctionsAndNothingElse) {
     std::istringstream symbols(
-        test::Run({"/usr/bin/env", "nm", "-D", "--defined-only", ZELTO_PORT_LIBRARY}).output);
+        RunProgram({"/usr/bin/env", "nm", "-D", "--defined-only", ZELTO_PORT_LIBRARY}).output);
     int plain = 0;
     std::set<std::string> others;
     for (std::string address, kind, name; symbols >> address >> kind >> name;) {
