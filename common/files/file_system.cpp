@@ -31,7 +31,7 @@ bool MakeWithParents(const DString& path) {
     const bool has_parent = !parent.is_empty() && parent.length() < whole.length();
     if (has_parent && !MakeWithParents(parent))
         return false;
-    return CreateDirectoryW(WidePath(path).c_str(), nullptr) != 0;
+    return CreateDirectoryW(WidePath(whole).c_str(), nullptr) != 0;
 }
 
 }  // namespace
