@@ -99,6 +99,11 @@ TEST(Navigator, SilentOrLateIsATimeOutAndNoMore) {
     test.Restart({"--delay-ms", "700", "--fault-for", "S"});
     ExpectSays(Port({"goto", "3", "4"}), 1, ": 1007 (");
     ExpectSays(Port({"get", "destination"}), 0, "3.000000,4.000000");
+    // Connecting has more patience: a second read, then an announcement without a request.
+    test.Restart({"--delay-ms", "700", "--fault-for", "F"});
+    ExpectSays(Port({"init"}), 0, "success");
+    test.Restart({"--silent"});
+    ExpectSays(Port({"init"}), 1, "ZeltoNavPort_Init: 87 (");
 }
 
 TEST(Navigator, RepliesOfAnyFormGiveTheDocumentedResults) {

@@ -94,10 +94,9 @@ Sentence ReadGga(const Fields& fields, Fix& fix) {
 
 Fields Split(std::string_view body) {
     Fields fields;
-    for (bool more = true; more;) {
-        more = body.find(',') != std::string_view::npos;
+    while (body.find(',') != std::string_view::npos)
         fields.push_back(TakeField(body, ','));
-    }
+    fields.push_back(body);
     return fields;
 }
 
