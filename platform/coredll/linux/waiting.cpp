@@ -56,9 +56,17 @@ bool SpinForChange(const Word& sequence, uint32_t seen, int64_t end) {
     return true;
 }
 
-// A wait within twice the limit, sleep included, was worth spinning for; a longer one was not.
-void AdaptSpin(int64_t waited, int64_t limit) {
-    t_spin = waited <= 2 * limit ? limit : t_spin / 2;
+constexpr uint32_t kProbeEvery = 32;
+thread_local uint32_t t_waits = 0;
+
+// How long to spin now. A spin that caught its change is allowed the whole limit again, one that
+// did not half of what it had: the other side is slow, or has no processor while we spin. Now and
+// then the whole limit is tried again.
+int64_t NextSpin(int64_t limit) {
+    const bool probe = t_spin < 0 || t_spin > limit || ++t_waits % kProbeEvery == 0;
+    if (probe)
+        t_spin = limit;
+    return t_spin;
 }
 
 }  // namespace
@@ -89,20 +97,19 @@ void AnnounceChange(WaitWord& word) {
 void AwaitChange(WaitWord& word, uint32_t seen, const Deadline& deadline) {
     const CountedWait counted;
     const int64_t limit = SpinLimit().load(std::memory_order_relaxed);
-    if (t_spin < 0 || t_spin > limit)
-        t_spin = limit;
-    const int64_t start = MonotonicNanoseconds();
-    const int64_t left = deadline.Left();
-    if (t_spin > 0 && SpinForChange(word.sequence, seen, start + std::min(t_spin, left))) {
-        AdaptSpin(MonotonicNanoseconds() - start, limit);
-        return;
+    const int64_t spin = NextSpin(limit);
+    if (spin > 0) {
+        const int64_t end = MonotonicNanoseconds() + std::min(spin, deadline.Left());
+        const bool caught = SpinForChange(word.sequence, seen, end);
+        t_spin = caught ? limit : spin / 2;
+        if (caught)
+            return;
     }
     const int64_t sleep = std::min(deadline.Left(), kLongestSleep);
     if (sleep > 0) {
         word.sleepers.store(1);
         FutexWait(word.sequence, seen, sleep);
     }
-    AdaptSpin(MonotonicNanoseconds() - start, limit);
 }
 
 uint32_t WaitingThreads() {
