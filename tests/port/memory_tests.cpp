@@ -29,11 +29,6 @@ void operator delete[](void* block, size_t) noexcept {
     operator delete[](block);
 }
 
-// What GetString keeps on purpose is no leak of these tests.
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:ZeltoNavPort_GetString\n";
-}
-
 namespace zelto::test {
 namespace {
 
