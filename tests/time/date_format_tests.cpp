@@ -64,8 +64,7 @@ TEST(DateFormat, AnyFieldsFit) {
     Formats({kLeast, kLeast, kLeast, kLeast, kLeast, -3e38F}, FormatDateTimeIso,
             "-2147483648--2147483648--2147483648 -2147483648:-2147483648:-2147483648",
             FormatDateTimeMonthNameShortYearMillis,
-            "-2147483648--0-48 -2147483648:-2147483648:-2147483648.000",
-            FormatDateTimeDayMonthYear,
+            "-2147483648--0-48 -2147483648:-2147483648:-2147483648.000", FormatDateTimeDayMonthYear,
             "-2147483648--2147483648--2147483648   -2147483648:-2147483648:-2147483648");
     Formats({1, kMost, 1, 1, 1, kInfinity}, FormatDateTimeMonthNameShortYearMillis,
             "01--01 01:01:2147483647.000");
