@@ -1,26 +1,46 @@
-// Copying runs of ASCII between 8-bit and 16-bit texts, sixteen at a time.
+// Copying runs of ASCII between 8-bit and 16-bit texts, a block at a time.
 
 #ifndef ZELTO_COMMON_TEXT_ASCII_RUN_H
 #define ZELTO_COMMON_TEXT_ASCII_RUN_H
 
 #include <cstddef>
+#include <cstring>
 #include <type_traits>
 
 namespace zelto {
 
 inline constexpr ptrdiff_t kAsciiBlock = 16;
+inline constexpr ptrdiff_t kSmallAsciiBlock = 4;
 
-// Copies the next kAsciiBlock units if all of them are below 128. If not, what has been written to
-// `out` has no meaning.
-template <class Source, class Target>
+// Copies the next kCount units if all of them are below 128. The copy goes through local arrays,
+// which nothing can overlap, so that it is done in wide registers.
+template <ptrdiff_t kCount, class Source, class Target>
 inline bool CopyAsciiBlock(const Source* text, Target* out) {
-    using Unit = std::make_unsigned_t<Source>;
-    unsigned all = 0;
-    for (ptrdiff_t i = 0; i < kAsciiBlock; ++i) {
-        all |= static_cast<Unit>(text[i]);
-        out[i] = static_cast<Target>(text[i]);
-    }
-    return all < 0x80;
+    std::make_unsigned_t<Source> units[kCount];
+    Target copies[kCount];
+    std::memcpy(units, text, sizeof units);
+    std::make_unsigned_t<Source> all = 0;
+    for (ptrdiff_t i = 0; i < kCount; ++i)
+        all = static_cast<std::make_unsigned_t<Source>>(all | units[i]);
+    if (all >= 0x80)
+        return false;
+    for (ptrdiff_t i = 0; i < kCount; ++i)
+        copies[i] = static_cast<Target>(units[i]);
+    std::memcpy(out, copies, sizeof copies);
+    return true;
+}
+
+// Copies at most `room` units from the front of the text as long as whole blocks of them are below
+// 128, and returns how many.
+template <class Source, class Target>
+inline ptrdiff_t CopyAsciiBlocks(const Source* text, ptrdiff_t room, Target* out) {
+    ptrdiff_t done = 0;
+    while (room - done >= kAsciiBlock && CopyAsciiBlock<kAsciiBlock>(text + done, out + done))
+        done += kAsciiBlock;
+    while (room - done >= kSmallAsciiBlock &&
+           CopyAsciiBlock<kSmallAsciiBlock>(text + done, out + done))
+        done += kSmallAsciiBlock;
+    return done;
 }
 
 }  // namespace zelto

@@ -1,5 +1,6 @@
 // Bytes to units by a table, with the contextual forms of Arabic letters.
 
+#include <algorithm>
 #include <array>
 
 #include "common/text/ascii_run.h"
@@ -47,8 +48,12 @@ uint16_t Meaning(const CodepageTable& table, unsigned byte) {
 constexpr unsigned kForms[2][2] = {{0, 128}, {384, 256}};
 
 void DecodePlain(const CodepageTable& table, const unsigned char* text, int count, WCHAR* out) {
-    for (int i = 0; i < count; ++i)
-        out[i] = Meaning(table, text[i]);
+    for (int i = 0; i < count;) {
+        const auto ascii = static_cast<int>(CopyAsciiBlocks(text + i, count - i, out + i));
+        i += ascii;
+        for (const int stop = i + std::min(count - i, static_cast<int>(kAsciiBlock)); i < stop; ++i)
+            out[i] = Meaning(table, text[i]);
+    }
 }
 
 void DecodeArabic(const CodepageTable& table, const unsigned char* text, int count, WCHAR* out) {

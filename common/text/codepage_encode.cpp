@@ -1,7 +1,6 @@
 // Units to bytes by a table.
 
 #include <algorithm>
-#include <limits>
 
 #include "common/text/ascii_run.h"
 #include "common/text/codepage_table.h"
@@ -28,6 +27,11 @@ uint8_t ByteOfEntry(int32_t entry) {
     return static_cast<uint8_t>(kTablePageSize + entry % kTablePageSize);
 }
 
+// What is written for the byte of a unit; 0 is none.
+char Written(uint8_t byte) {
+    return byte != 0 ? static_cast<char>(byte) : kUnknown;
+}
+
 // One more than the place of the unit's last entry on a page, 0 without one. Free of branches, for
 // the compiler to compare many entries at once.
 int16_t LastOnPage(const uint16_t* page, uint16_t unit) {
@@ -37,50 +41,106 @@ int16_t LastOnPage(const uint16_t* page, uint16_t unit) {
     return last;
 }
 
-// Answers as FindTableByte, in constant time. Lives on the stack of one conversion, so that it can
-// never be older than the table.
-class ReverseIndex {
+// Returns the byte of the unit's last entry on the pages that `may_have` it, 0 without one.
+template <class Filter>
+uint8_t FindLast(const CodepageTable& table, uint16_t unit, const Filter& may_have) {
+    if (EntryPastPages(table) == unit)
+        return kTablePageSize;
+    for (int32_t page = EntryCount(table) / kTablePageSize - 1; page >= 0; --page) {
+        const int16_t last =
+            may_have(page) ? LastOnPage(table.mapping + page * kTablePageSize, unit) : int16_t{0};
+        if (last != 0)
+            return ByteOfEntry(last - 1);
+    }
+    return 0;
+}
+
+// Which bits a page's entries have in common, entries of 0 aside: enough to pass over most pages
+// that do not have a unit.
+struct PageBits {
+    uint16_t any = 0xFFFF;
+    uint16_t all = 0;
+
+    PageBits() = default;
+    explicit PageBits(const uint16_t* page) : any(0), all(0xFFFF) {
+        for (int32_t i = 0; i < kTablePageSize; ++i) {
+            any = static_cast<uint16_t>(any | page[i]);
+            all = static_cast<uint16_t>(all & (page[i] == 0 ? 0xFFFF : page[i]));
+        }
+    }
+    bool MayHave(uint16_t unit) const { return (unit & ~any) == 0 && (all & ~unit) == 0; }
+};
+
+// Looks up by scanning the pages. Remembers what it found, since letters come back, and counts the
+// scans.
+class ScanLookup {
   public:
-    explicit ReverseIndex(const CodepageTable& table) {
-        const int32_t entries = EntryCount(table);
-        for (int32_t i = 0; i < entries; ++i)
-            Add(table.mapping[i], ByteOfEntry(i));
-        Add(EntryPastPages(table), ByteOfEntry(entries));
+    ScanLookup(const CodepageTable& table, int scans) : table_(table), scans_left_(scans) {
+        pages_ = EntryCount(table) / kTablePageSize;
+        for (int32_t page = 0; page < pages_ && pages_ > 1; ++page)
+            bits_[page] = PageBits(table.mapping + page * kTablePageSize);
     }
 
-    uint8_t operator()(uint16_t unit) const {
-        const uint16_t node = Find(unit);
-        return node != 0 ? nodes_[node].byte : 0;
+    bool IsSpent() const { return scans_left_ <= 0; }
+
+    char operator()(uint16_t unit) {
+        Remembered& last = remembered_[unit % kRemembered];
+        if (last.unit != unit)
+            last = {unit, Written(Scan(unit))};
+        return last.byte;
+    }
+
+  private:
+    static constexpr size_t kRemembered = 64;
+    struct Remembered {
+        uint16_t unit;  // 0 is none: it is never looked up
+        char byte;
+    };
+
+    uint8_t Scan(uint16_t unit) {
+        --scans_left_;
+        return FindLast(table_, unit, [&](int32_t page) { return bits_[page].MayHave(unit); });
+    }
+
+    const CodepageTable& table_;
+    int scans_left_;
+    int32_t pages_;
+    PageBits bits_[kMaxTablePages];
+    Remembered remembered_[kRemembered] = {};
+};
+
+// The table's entries by unit, later ones first. Lives on the stack of one conversion, so that it
+// can never be older than the table.
+class ReverseIndex {
+  public:
+    explicit ReverseIndex(const CodepageTable& table)
+        : table_(table), past_pages_(EntryPastPages(table)) {
+        const int32_t entries = EntryCount(table);
+        for (int32_t i = 0; i < entries; ++i) {
+            uint16_t& head = heads_[table.mapping[i] % kBuckets];
+            next_[i] = head;
+            head = static_cast<uint16_t>(i + 1);
+        }
+    }
+
+    static bool IsSpent() { return false; }
+
+    char operator()(uint16_t unit) const {
+        if (unit == past_pages_)
+            return Written(kTablePageSize);
+        uint16_t place = heads_[unit % kBuckets];
+        while (place != 0 && table_.mapping[place - 1] != unit)
+            place = next_[place - 1];
+        return place != 0 ? Written(ByteOfEntry(place - 1)) : kUnknown;
     }
 
   private:
     static constexpr size_t kBuckets = 1024;
-    struct Node {
-        uint16_t unit;
-        uint16_t next;
-        uint8_t byte;
-    };
 
-    uint16_t Find(uint16_t unit) const {
-        uint16_t node = heads_[unit % kBuckets];
-        while (node != 0 && nodes_[node].unit != unit)
-            node = nodes_[node].next;
-        return node;
-    }
-
-    void Add(uint16_t unit, uint8_t byte) {
-        if (const uint16_t node = Find(unit)) {
-            nodes_[node].byte = byte;
-            return;
-        }
-        uint16_t& head = heads_[unit % kBuckets];
-        nodes_[++last_] = {unit, head, byte};
-        head = last_;
-    }
-
-    uint16_t heads_[kBuckets] = {};  // numbers of nodes; 0 is none
-    Node nodes_[kMaxTablePages * kTablePageSize + 2];
-    uint16_t last_ = 0;
+    const CodepageTable& table_;
+    uint16_t past_pages_;
+    uint16_t heads_[kBuckets] = {};  // one more than an entry's number; 0 is none
+    uint16_t next_[kMaxTablePages * kTablePageSize];
 };
 
 struct Progress {
@@ -89,26 +149,18 @@ struct Progress {
     char* out;
 };
 
-// Encodes until the end of the text, or until at least `lookups` units were looked up.
+// Encodes until the end of the text, or soon after the lookup is spent.
 template <class Lookup>
-void Encode(Progress& progress, int64_t lookups, const Lookup& lookup) {
+void Encode(Progress& progress, Lookup& lookup) {
     auto [text, end, out] = progress;
-    while (text < end && lookups > 0) {
-        if (end - text >= kAsciiBlock && CopyAsciiBlock(text, out)) {
-            text += kAsciiBlock;
-            out += kAsciiBlock;
-            continue;
+    while (text < end && !lookup.IsSpent()) {
+        for (const WCHAR* stop = text + std::min(end - text, kAsciiBlock); text < stop; ++text) {
+            const WCHAR unit = *text;
+            *out++ = unit < kTablePageSize ? static_cast<char>(unit) : lookup(unit);
         }
-        for (const WCHAR* block_end = text + std::min(end - text, kAsciiBlock); text < block_end;) {
-            const WCHAR unit = *text++;
-            if (unit >= kTablePageSize) {
-                const uint8_t byte = lookup(unit);
-                *out++ = byte != 0 ? static_cast<char>(byte) : kUnknown;
-                --lookups;
-            } else {
-                *out++ = static_cast<char>(unit);
-            }
-        }
+        const ptrdiff_t ascii = CopyAsciiBlocks(text, end - text, out);
+        text += ascii;
+        out += ascii;
     }
     progress = {text, end, out};
 }
@@ -116,25 +168,22 @@ void Encode(Progress& progress, int64_t lookups, const Lookup& lookup) {
 }  // namespace
 
 uint8_t FindTableByte(const CodepageTable& table, uint16_t unit) {
-    int32_t entries = EntryCount(table);
-    if (EntryPastPages(table) == unit)
-        return ByteOfEntry(entries);
-    while (entries > 0) {
-        entries -= kTablePageSize;
-        const int16_t last = LastOnPage(table.mapping + entries, unit);
-        if (last != 0)
-            return ByteOfEntry(last - 1);
-    }
-    return 0;
+    return FindLast(table, unit, [](int32_t) { return true; });
 }
 
 void EncodeByTable(const CodepageTable& table, const WCHAR* text, int count, char* out) {
-    // About what the index costs to make.
-    constexpr int64_t kScans = 32;
-    Progress progress{text, text + count, out};
-    Encode(progress, kScans, [&](WCHAR unit) { return FindTableByte(table, unit); });
-    if (progress.text < progress.end)
-        Encode(progress, std::numeric_limits<int64_t>::max(), ReverseIndex(table));
+    // So many scans cost about what the index costs to make.
+    constexpr int kScansPerPage = 16;
+    const ptrdiff_t ascii = CopyAsciiBlocks(text, count, out);
+    if (ascii == count)
+        return;
+    Progress progress{text + ascii, text + count, out + ascii};
+    ScanLookup scan(table, kScansPerPage * (EntryCount(table) / kTablePageSize));
+    Encode(progress, scan);
+    if (progress.text < progress.end) {
+        ReverseIndex index(table);
+        Encode(progress, index);
+    }
 }
 
 }  // namespace zelto
