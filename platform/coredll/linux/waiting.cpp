@@ -105,6 +105,10 @@ void AwaitChange(WaitWord& word, uint32_t seen, const Deadline& deadline) {
         if (caught)
             return;
     }
+    // The announcer may share our processor: it then gets on now, and a wake-up is saved.
+    sched_yield();
+    if (word.sequence.load() != seen)
+        return;
     const int64_t sleep = std::min(deadline.Left(), kLongestSleep);
     if (sleep > 0) {
         word.sleepers.store(1);
