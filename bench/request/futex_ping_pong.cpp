@@ -1,6 +1,7 @@
 #include "bench/request/futex_ping_pong.h"
 
 #include <linux/futex.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
@@ -8,6 +9,20 @@
 #include <unistd.h>
 
 namespace zelto::bench {
+
+void UseProcessor(int number) {
+    cpu_set_t allowed;
+    if (sched_getaffinity(0, sizeof allowed, &allowed) != 0 || CPU_COUNT(&allowed) <= number)
+        return;
+    int processor = 0;
+    for (; !CPU_ISSET(processor, &allowed) || number-- > 0; ++processor) {
+    }
+    cpu_set_t only;
+    CPU_ZERO(&only);
+    CPU_SET(processor, &only);
+    sched_setaffinity(0, sizeof only, &only);
+}
+
 namespace {
 
 void Sleep(std::atomic<uint32_t>& word, uint32_t expected) {
@@ -26,8 +41,10 @@ FutexPingPong::FutexPingPong()
     : words_(static_cast<Words*>(
           mmap(nullptr, sizeof(Words), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))),
       partner_(fork()) {
-    if (partner_ == 0)
+    if (partner_ == 0) {
+        UseProcessor(1);
         Answer(*words_);
+    }
 }
 
 FutexPingPong::~FutexPingPong() {

@@ -9,7 +9,11 @@
 
 namespace zelto::bench {
 
-// A second process that answers each ping; ends with the object.
+// Keeps the calling process on one of the processors it may use, counted from 0; does nothing when
+// there are not as many. Both sides of what is compared are placed alike, one processor each.
+void UseProcessor(int number);
+
+// A second process, on processor 1, that answers each ping; ends with the object.
 class FutexPingPong {
   public:
     FutexPingPong();

@@ -1,5 +1,6 @@
 // One request, ZeltoNavPort_Goto to its reply, against a bare futex ping-pong of two processes in
-// the same run. Argument: how long a wait may spin before it sleeps, in microseconds.
+// the same run, each side on a processor of its own. Argument: how long a wait may spin before it
+// sleeps, in microseconds.
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -68,9 +69,8 @@ void WaitForWindow() {
         Sleep(1);
 }
 
-Figures Measure(pid_t responder) {
+Figures Measure(pid_t responder, FutexPingPong& ping_pong) {
     Figures figures{};
-    FutexPingPong ping_pong;
     const double client_before = ProportionalMemory(getpid());
     const double responder_before = ProportionalMemory(responder);
     figures.failed = ZeltoNavPort_Init();
@@ -99,6 +99,7 @@ Figures Measure(pid_t responder) {
 pid_t StartResponder() {
     const pid_t responder = fork();
     if (responder == 0) {
+        UseProcessor(1);
         RunResponder();
         _exit(1);
     }
@@ -116,7 +117,9 @@ Figures MeasureInChild(const std::string& spin) {
     const pid_t client = fork();
     if (client == 0) {
         WaitForWindow();
-        figures = Measure(responder);
+        FutexPingPong ping_pong;
+        UseProcessor(0);
+        figures = Measure(responder, ping_pong);
         _exit(write(channel[1], &figures, sizeof figures) == sizeof figures ? 0 : 1);
     }
     waitpid(client, nullptr, 0);
