@@ -26,8 +26,8 @@ bool ValuesOf(uint32_t mode, OpenValues& values) {
         default:
             return false;
     }
-    // The combination is what files were opened with ever since: OPEN_EXISTING and CREATE_ALWAYS
-    // stay what they are, OPEN_ALWAYS becomes 6.
+    // OPEN_EXISTING and CREATE_ALWAYS stay what they are; OPEN_ALWAYS becomes 6, by which the
+    // platform truncates an existing file and refuses a missing one.
     if ((mode & FICH_UPDATE) != 0)
         values = {GENERIC_READ | GENERIC_WRITE, values.creation | CREATE_ALWAYS};
     return true;

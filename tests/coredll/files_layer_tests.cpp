@@ -41,7 +41,8 @@ TEST_F(FileCalls, DispositionDecidesWhatHappensToAFile) {
                           {OPEN_ALWAYS, "ok 183", "old", "ok 0", ""},
                           {TRUNCATE_EXISTING, "ok", "", "2", "(missing)"},
                           {0, "87", "old", "87", "(missing)"},
-                          {6, "87", "old", "87", "(missing)"}}) {
+                          {6, "ok", "", "2", "(missing)"},
+                          {7, "87", "old", "87", "(missing)"}}) {
         SCOPED_TRACE(c.disposition);
         Put("there", "old");
         std::filesystem::remove(Host("missing"));
@@ -51,6 +52,7 @@ TEST_F(FileCalls, DispositionDecidesWhatHappensToAFile) {
         EXPECT_EQ(Get("missing"), c.missing_then_holds);
     }
     EXPECT_EQ(Open(Wide("there"), GENERIC_READ, 0, TRUNCATE_EXISTING), "87");
+    EXPECT_EQ(Open(Wide("there"), GENERIC_READ, 0, 6), "87");
 }
 
 TEST_F(FileCalls, OpenTellsWhyNot) {

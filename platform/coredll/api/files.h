@@ -46,9 +46,10 @@ extern "C" {
 
 // INVALID_HANDLE_VALUE on failure: 2 missing, 3 no such folder, 5 a folder, read-only or not
 // permitted, 32 conflicts with another open's share mode, 80 CREATE_NEW on an existing file, 87 an
-// unknown disposition (6 is TRUNCATE_EXISTING with any other bit: unknown too), 123 a name with
-// < > : " | ? *, 206 a name of 260 units and more. Success of CREATE_ALWAYS and OPEN_ALWAYS sets
-// the last error: 183 the file was there, 0 it is new. Share modes hold in and between processes.
+// unknown disposition or truncating without GENERIC_WRITE, 123 a name with < > : " | ? *, 206 a
+// name of 260 units and more. OPEN_ALWAYS | CREATE_ALWAYS (6) is taken as TRUNCATE_EXISTING:
+// programs that combine the two mean it. Success of CREATE_ALWAYS and OPEN_ALWAYS sets the last
+// error: 183 the file was there, 0 it is new. Share modes hold in and between processes.
 HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
                    DWORD disposition, DWORD attributes, HANDLE template_file);
 

@@ -115,7 +115,9 @@ DWORD OpenAndClaim(const std::string& path, const OpenRequest& request, OpenedFi
 
 }  // namespace
 
-DWORD OpenHostFile(const std::string& path, const OpenRequest& request, OpenedFile& file) {
+DWORD OpenHostFile(const std::string& path, OpenRequest request, OpenedFile& file) {
+    if (request.disposition == (OPEN_ALWAYS | CREATE_ALWAYS))
+        request.disposition = TRUNCATE_EXISTING;
     if (request.disposition < CREATE_NEW || request.disposition > TRUNCATE_EXISTING)
         return ERROR_INVALID_PARAMETER;
     if (request.disposition == TRUNCATE_EXISTING && (request.access & GENERIC_WRITE) == 0)
