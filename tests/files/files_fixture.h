@@ -16,11 +16,9 @@
 
 namespace zelto::test {
 
-class FilesTest : public ::testing::Test {
-  public:
+struct FilesTest : ::testing::Test {
     ~FilesTest() override { SetCurrentCodepage(0); }
-
-    std::string Host(const std::string& name) const { return folder_.Path() + "/" + name; }
+    std::string Host(const std::string& name) const { return folder.Path() + "/" + name; }
     DString Name(const std::string& name) const {
         std::string path = Host(name);
         std::replace(path.begin(), path.end(), '/', '\\');
@@ -34,9 +32,7 @@ class FilesTest : public ::testing::Test {
         return {std::istreambuf_iterator<char>(in), {}};
     }
     bool IsThere(const std::string& name) const { return std::filesystem::exists(Host(name)); }
-
-  private:
-    TempDevice folder_;
+    TempDevice folder;
 };
 
 }  // namespace zelto::test
