@@ -34,6 +34,7 @@ int Run(int argc, char** argv, Session& session) {
     AddNmeaCommand(app, caller);
     AddDeviceCommand(app, session);
     AddClockCommand(app, session);
+    AddCrcCommand(app, session);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
