@@ -31,7 +31,7 @@ Program::Program(const Words& command, const std::string& input) {
         dup2(open(input.c_str(), O_RDONLY), STDIN_FILENO);
         dup2(ends[1], STDOUT_FILENO);
         dup2(ends[1], STDERR_FILENO);
-        execv(arguments[0], arguments.data());
+        execvp(arguments[0], arguments.data());
         _exit(127);
     }
     close(ends[1]);
