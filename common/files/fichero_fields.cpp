@@ -73,15 +73,6 @@ TFicheroITV& TFicheroITV::PutByte(unsigned char value) {
 }
 
 template <class Value>
-TFicheroITV& TFicheroITV::GetInteger(Value& value) {
-    if ((mode_ & FICH_TEXT) != 0)
-        value = static_cast<Value>(NextInteger());
-    if ((mode_ & FICH_BINARY) != 0)
-        Read(&value, sizeof value);
-    return *this;
-}
-
-template <class Value>
 TFicheroITV& TFicheroITV::GetDecimal(Value& value) {
     if ((mode_ & FICH_TEXT) != 0) {
         DString token;
@@ -176,30 +167,6 @@ TFicheroITV& TFicheroITV::operator>>(bool& value) {
     value = GetByte(value ? 1 : 0) != 0;
     return *this;
 }
-TFicheroITV& TFicheroITV::operator>>(short& value) {
-    return GetInteger(value);
-}
-TFicheroITV& TFicheroITV::operator>>(unsigned short& value) {
-    return GetInteger(value);
-}
-TFicheroITV& TFicheroITV::operator>>(int& value) {
-    return GetInteger(value);
-}
-TFicheroITV& TFicheroITV::operator>>(unsigned int& value) {
-    return GetInteger(value);
-}
-TFicheroITV& TFicheroITV::operator>>(long& value) {
-    return GetInteger(value);
-}
-TFicheroITV& TFicheroITV::operator>>(unsigned long& value) {
-    return GetInteger(value);
-}
-TFicheroITV& TFicheroITV::operator>>(long long& value) {
-    return GetInteger(value);
-}
-TFicheroITV& TFicheroITV::operator>>(unsigned long long& value) {
-    return GetInteger(value);
-}
 TFicheroITV& TFicheroITV::operator>>(float& value) {
     return GetDecimal(value);
 }
@@ -207,15 +174,17 @@ TFicheroITV& TFicheroITV::operator>>(double& value) {
     return GetDecimal(value);
 }
 
-// The text of a date is two tokens, date and time, with the delimiters at first.
+// The text of a date has blanks between date and time: where these delimit, it is two tokens.
 TFicheroITV& TFicheroITV::operator>>(DDateTime& value) {
     if ((mode_ & FICH_TEXT) != 0) {
         DString text;
-        DString time;
         get_dato_texto(text);
-        get_dato_texto(time);
-        text += ' ';
-        text += time.c_str();
+        if (delimiters_.Contains(' ')) {
+            DString time;
+            get_dato_texto(time);
+            text += ' ';
+            text += time.c_str();
+        }
         if (!ParseDayMonthYearThenTime(value, text))
             value = DDateTime();
     }

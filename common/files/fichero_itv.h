@@ -16,6 +16,7 @@
 #include "common/files/memory_buffer.h"
 #include "common/files/put_back_text.h"
 #include "common/files/text_window.h"
+#include "common/text/codepage.h"
 #include "common/text/dstring.h"
 #include "common/text/token_scanner.h"
 #include "common/time/date_time.h"
@@ -171,8 +172,6 @@ class TFicheroITV {
     TFicheroITV& PutDecimal(Value value);
     TFicheroITV& PutByte(unsigned char value);
     template <class Value>
-    TFicheroITV& GetInteger(Value& value);
-    template <class Value>
     TFicheroITV& GetDecimal(Value& value);
     unsigned char GetByte(unsigned char value);
 
@@ -188,13 +187,19 @@ class TFicheroITV {
 
     // fichero_tokens.cpp
     std::string_view NextToken();
-    uint64_t NextInteger();
-    inline bool EndToken(const char* at, const char* end);
-    inline bool ReachToken();
-    inline bool SkipToToken();
+    bool HoldsPlainLine() const;
+    bool ReachToken();
+    bool SkipToToken();
     bool HoldNextLine();
     std::string_view TakeToken();
-    inline void TakeHeldLine();
+    void TakeHeldLine();
+
+    // fichero_integers.cpp
+    inline uint64_t NextInteger();
+    template <class Value>
+    TFicheroITV& GetInteger(Value& value);
+    uint64_t ReadInteger();
+    inline bool TakeDecimal(uint64_t& value);
 
     // text_input.cpp
     std::string_view Segment();
@@ -255,6 +260,16 @@ inline void TFicheroITV::CountEnd(char end) {
     if (end == '\r' || (end == '\n' && previous_ != '\r'))
         ++line_count_;
     previous_ = end;
+}
+
+// Whether a line is held whose rest reads as it stands there.
+inline bool TFicheroITV::HoldsPlainLine() const {
+    return put_back_.HoldsLine() && held_is_plain_ && held_codepage_ == CurrentCodepage();
+}
+
+inline void TFicheroITV::TakeHeldLine() {
+    previous_ = '\0';
+    CountEnd(put_back_.TakeLine());
 }
 
 }  // namespace zelto

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/files/blanks.h"
 #include "common/files/fichero_itv.h"
 #include "common/files/swar.h"
 
@@ -13,10 +14,6 @@ constexpr char kNoLineEnd = '\0';
 
 bool IsLineEnd(char c) {
     return c == '\r' || c == '\n';
-}
-
-bool IsBlank(char c) {
-    return c == ' ' || c == '\t';
 }
 
 // The characters that end the text of a line. 0xFF is the value -1 of a signed character.

@@ -4,13 +4,10 @@
 // be read by the same rules. The rest is held where it is: as long as reading it again would yield
 // the same text, the next token is taken from there, at the cost of its own length.
 
+#include "common/files/blanks.h"
 #include "common/files/fichero_itv.h"
-#include "common/files/swar.h"
-#include "common/text/codepage.h"
-#include "common/text/numbers.h"
 
 namespace zelto {
-
 void TFicheroITV::get_dato_texto(DString& out) {
     const std::string_view token = NextToken();
     out.assign(token.data(), static_cast<int>(token.size()));
@@ -26,15 +23,13 @@ bool TFicheroITV::ReachToken() {
     return SkipToToken() || HoldNextLine();
 }
 
-// Whether a line is held whose rest reads as it stands there; blanks at its front are then gone,
-// and so is a "VOID" that is all of it.
+// Drops the blanks at the front of the held line, and a "VOID" that is all of it. Whether a token
+// is left there.
 bool TFicheroITV::SkipToToken() {
-    if (!put_back_.HoldsLine() || !held_is_plain_ || held_codepage_ != CurrentCodepage())
+    if (!HoldsPlainLine())
         return false;
     const std::string_view rest = put_back_.Line();
-    size_t blanks = 0;
-    while (blanks < rest.size() && (rest[blanks] == ' ' || rest[blanks] == '\t'))
-        ++blanks;
+    const size_t blanks = CountBlanks(rest);
     put_back_.TakeOfLine(rest.substr(blanks) == "VOID" ? rest.size() : blanks);
     return blanks < rest.size();
 }
@@ -64,44 +59,9 @@ std::string_view TFicheroITV::TakeToken() {
     return line.substr(0, size);
 }
 
-// Takes the held line up to `at` when a token ends there.
-bool TFicheroITV::EndToken(const char* at, const char* end) {
-    const std::string_view line = put_back_.Line();
-    if (at == end) {
-        TakeHeldLine();
-        return true;
-    }
-    if (at == line.data() || at > end || !delimiters_.Contains(*at))
-        return false;
-    put_back_.TakeOfLine(static_cast<size_t>(at - line.data()));
-    return true;
-}
-
-void TFicheroITV::TakeHeldLine() {
-    previous_ = '\0';
-    CountEnd(put_back_.TakeLine());
-}
-
 // Good until the next read.
 std::string_view TFicheroITV::NextToken() {
     return ReachToken() ? TakeToken() : "";
-}
-
-// The next token as an integer, modulo 2^64: what a field of any width keeps its low bits of.
-uint64_t TFicheroITV::NextInteger() {
-    if (!ReachToken())
-        return 0;
-    if (put_back_.ReadableSize() >= kDecimalRoom) {
-        const std::string_view line = put_back_.Line();
-        const char* end = line.data() + line.size();
-        uint64_t value = 0;
-        const char* at = ReadDecimal(line.data(), end, value);
-        if (EndToken(at, end))
-            return value;
-    }
-    const std::string_view token = TakeToken();
-    return token.starts_with("0x") ? HexValue(token.substr(2))
-                                   : static_cast<uint64_t>(DecimalValue64(token));
 }
 
 }  // namespace zelto

@@ -32,32 +32,45 @@ inline uint64_t BytesEqual(uint64_t word, unsigned char byte) {
 
 // Index of the first byte whose high bit is set; 8 when there is none.
 inline size_t FirstMarked(uint64_t marks) {
-    return static_cast<size_t>(std::countr_zero(marks)) / 8;
+    return static_cast<unsigned>(std::countr_zero(marks)) / 8;
+}
+
+// The high bit of the first byte that is no digit, and perhaps of some behind it: a carry or borrow
+// comes only from such a byte.
+inline uint64_t NotDigits(uint64_t word) {
+    return ((word + kOnes * (0x80 - ('9' + 1))) | (word - kOnes * '0')) & kHighBits;
 }
 
 inline constexpr size_t kDecimalRoom = 9;
 
-// Reads ['-'] and digits that do not go beyond `end`, modulo 2^64; kDecimalRoom bytes must be
-// readable, of which those behind `end` do not matter when a non-digit stands there. Returns the
-// character behind the digits, or `text` when there are none.
-inline const char* ReadDecimal(const char* text, const char* end, uint64_t& value) {
-    const bool negative = *text == '-';
-    const char* at = text + (negative ? 1 : 0);
-    const uint64_t values = LoadEight(at) ^ (kOnes * '0');  // 0 to 9 for digits only
-    const uint64_t marks = (((values & ~kHighBits) + kOnes * 0x76) | values) & kHighBits;
-    const size_t digits = FirstMarked(marks);
+// Reads digits that do not go beyond `end`, modulo 2^64; eight bytes must be readable, of which
+// those behind `end` do not matter when a non-digit stands there. Returns the character behind the
+// digits, `text` when there are none.
+inline const char* ReadDigits(const char* text, const char* end, uint64_t& value) {
+    const uint64_t word = LoadEight(text);
+    const size_t digits = FirstMarked(NotDigits(word));
     if (digits == 0)
         return text;
     // The digits go to the top, zeros below; then pairs, fours and all eight are joined.
-    uint64_t sum = values << (8 * (8 - digits));
+    uint64_t sum = (word ^ (kOnes * '0')) << (8 * (8 - digits));
     sum = (sum * 10 + (sum >> 8)) & 0x00FF00FF00FF00FF;
     sum = (sum * 100 + (sum >> 16)) & 0x0000FFFF0000FFFF;
     sum = (sum * 10000 + (sum >> 32)) & 0xFFFFFFFF;
-    at += digits;
+    const char* at = text + digits;
     for (; digits == 8 && at < end && *at >= '0' && *at <= '9'; ++at)
         sum = sum * 10 + static_cast<uint64_t>(*at - '0');
-    value = negative ? 0 - sum : sum;
+    value = sum;
     return at;
+}
+
+// The same with a sign; kDecimalRoom bytes must be readable. Branches on the sign, so that where
+// the digits begin is not waited for: the next number begins behind this one.
+inline const char* ReadDecimal(const char* text, const char* end, uint64_t& value) {
+    if (*text != '-') [[likely]]
+        return ReadDigits(text, end, value);
+    const char* at = ReadDigits(text + 1, end, value);
+    value = 0 - value;
+    return at == text + 1 ? text : at;
 }
 
 }  // namespace zelto

@@ -12,8 +12,6 @@
 namespace zelto {
 namespace {
 
-std::atomic<int32_t> g_current_codepage;
-
 constexpr int32_t kUtf8 = CP_UTF8;
 constexpr int kMostUnits = std::numeric_limits<int>::max() - 1;  // a NUL can still be counted
 
@@ -130,12 +128,8 @@ int ByteCount(const char* text, int count) {
 
 }  // namespace
 
-int32_t CurrentCodepage() {
-    return g_current_codepage.load(std::memory_order_relaxed);
-}
-
 void SetCurrentCodepage(int32_t codepage) {
-    g_current_codepage.store(codepage, std::memory_order_relaxed);
+    detail::current_codepage.store(codepage, std::memory_order_relaxed);
 }
 
 CodepageRegistry*& GlobalCodepageRegistry() {

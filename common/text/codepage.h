@@ -8,6 +8,7 @@
 #ifndef ZELTO_COMMON_TEXT_CODEPAGE_H
 #define ZELTO_COMMON_TEXT_CODEPAGE_H
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -17,8 +18,14 @@
 
 namespace zelto {
 
+namespace detail {
+inline std::atomic<int32_t> current_codepage = 0;
+}
+
 // Process-wide; 0 at first. Any thread may ask and set it.
-int32_t CurrentCodepage();
+inline int32_t CurrentCodepage() {
+    return detail::current_codepage.load(std::memory_order_relaxed);
+}
 void SetCurrentCodepage(int32_t codepage);
 
 // The registered tables. It owns its copies of the records.

@@ -69,6 +69,13 @@ TEST_F(FieldsTest, FollowModeSeparatorAndPrecision) {
     uint32_t value = 0;
     TFicheroITV(Name("a"), FICH_READ | FICH_TEXT | FICH_BINARY) >> value;
     EXPECT_EQ(value, 0x201U);
+    // A date is one token where a blank does not delimit.
+    Put("a", "25-12-09  10:20:30|7\n8");
+    TFicheroITV file(Name("a"), FICH_READ | FICH_TEXT);
+    file.SetDelimiters("|");
+    DDateTime date;
+    file >> date;
+    EXPECT_EQ(date, DDateTime(25, 12, 2009, 10, 20, 30));
 }
 
 TEST_F(FieldsTest, ReadNumbersLeniently) {
