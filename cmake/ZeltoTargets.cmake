@@ -24,6 +24,11 @@ if(ZELTO_SANITIZE)
     -fsanitize=${ZELTO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(zelto_build_flags INTERFACE -fsanitize=${ZELTO_SANITIZE})
 endif()
+if(ZELTO_LIBFUZZER)
+  # All code reports its coverage, not the targets alone: it is what guides the fuzzer.
+  target_compile_options(zelto_build_flags INTERFACE -fsanitize=fuzzer-no-link)
+  target_link_options(zelto_build_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # zelto_add_test(name SOURCES a.cpp ... LIBS lib ...): one test program; its cases are discovered,
 # each runs in a process of its own with a time limit.
@@ -42,7 +47,6 @@ function(zelto_add_fuzz name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE zelto_build_flags ${ARG_LIBS})
   if(ZELTO_LIBFUZZER)
-    target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
     target_link_options(${name} PRIVATE -fsanitize=fuzzer)
   else()
     target_sources(${name} PRIVATE "${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp")

@@ -11,11 +11,15 @@
 
 namespace {
 
-std::string ReadAll(const zelto::DString& name, uint32_t stream, uint8_t choice, size_t reads) {
+// What is put back may never come to an end; and a rest that is converted anew for every token takes
+// its time.
+constexpr size_t kMostReads = 300;
+
+std::string ReadAll(const zelto::DString& name, uint32_t stream, uint8_t choice, size_t size) {
     zelto::TFicheroITV file(name, zelto::FICH_READ | zelto::FICH_TEXT | stream);
     std::string all;
     zelto::DString text;
-    for (size_t i = 0; i < reads; ++i) {
+    for (size_t i = 0; i < std::min(size, kMostReads); ++i) {
         int32_t number = 0;
         switch ((choice + i * (choice >> 3)) % 4) {
             case 0:
