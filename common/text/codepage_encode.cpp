@@ -15,6 +15,10 @@ int32_t EntryCount(const CodepageTable& table) {
            kTablePageSize;
 }
 
+const uint16_t* PageOf(const CodepageTable& table, ptrdiff_t page) {
+    return table.mapping + page * kTablePageSize;
+}
+
 // The entry that the search takes in behind the pages.
 uint16_t EntryPastPages(const CodepageTable& table) {
     const int32_t entries = EntryCount(table);
@@ -47,8 +51,7 @@ uint8_t FindLast(const CodepageTable& table, uint16_t unit, const Filter& may_ha
     if (EntryPastPages(table) == unit)
         return kTablePageSize;
     for (int32_t page = EntryCount(table) / kTablePageSize - 1; page >= 0; --page) {
-        const int16_t last =
-            may_have(page) ? LastOnPage(table.mapping + page * kTablePageSize, unit) : int16_t{0};
+        const int16_t last = may_have(page) ? LastOnPage(PageOf(table, page), unit) : int16_t{0};
         if (last != 0)
             return ByteOfEntry(last - 1);
     }
@@ -78,7 +81,7 @@ class ScanLookup {
     ScanLookup(const CodepageTable& table, int scans) : table_(table), scans_left_(scans) {
         pages_ = EntryCount(table) / kTablePageSize;
         for (int32_t page = 0; page < pages_ && pages_ > 1; ++page)
-            bits_[page] = PageBits(table.mapping + page * kTablePageSize);
+            bits_[page] = PageBits(PageOf(table, page));
     }
 
     bool IsSpent() const { return scans_left_ <= 0; }
