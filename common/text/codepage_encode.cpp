@@ -36,13 +36,24 @@ char Written(uint8_t byte) {
     return byte != 0 ? static_cast<char>(byte) : kUnknown;
 }
 
-// One more than the place of the unit's last entry on a page, 0 without one. Free of branches, for
+constexpr int32_t kBlock = 32;
+
+// One more than the place of the unit's last entry in a block, 0 without one. Free of branches, for
 // the compiler to compare many entries at once.
-int16_t LastOnPage(const uint16_t* page, uint16_t unit) {
+int32_t LastInBlock(const uint16_t* block, uint16_t unit) {
     int16_t last = 0;
-    for (int16_t i = 0; i < kTablePageSize; ++i)
-        last = std::max(last, page[i] == unit ? static_cast<int16_t>(i + 1) : int16_t{0});
+    for (int16_t i = 0; i < kBlock; ++i)
+        last = std::max(last, block[i] == unit ? static_cast<int16_t>(i + 1) : int16_t{0});
     return last;
+}
+
+// The same for a page. Begins at its end, where most tables have their small letters.
+int32_t LastOnPage(const uint16_t* page, uint16_t unit) {
+    for (int32_t begin = kTablePageSize - kBlock; begin >= 0; begin -= kBlock) {
+        if (const int32_t last = LastInBlock(page + begin, unit); last != 0)
+            return begin + last;
+    }
+    return 0;
 }
 
 // Returns the byte of the unit's last entry on the pages that `may_have` it, 0 without one.
@@ -51,7 +62,7 @@ uint8_t FindLast(const CodepageTable& table, uint16_t unit, const Filter& may_ha
     if (EntryPastPages(table) == unit)
         return kTablePageSize;
     for (int32_t page = EntryCount(table) / kTablePageSize - 1; page >= 0; --page) {
-        const int16_t last = may_have(page) ? LastOnPage(PageOf(table, page), unit) : int16_t{0};
+        const int32_t last = may_have(page) ? LastOnPage(PageOf(table, page), unit) : 0;
         if (last != 0)
             return ByteOfEntry(last - 1);
     }
