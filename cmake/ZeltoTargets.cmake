@@ -18,6 +18,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   # g++ 12 warns of overlapping copies inside its own std::string when it optimises (bug 105651).
   target_compile_options(zelto_build_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
+# Files beyond 2 GiB and times beyond 2038 on 32-bit hosts too.
+target_compile_definitions(zelto_build_flags INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 target_include_directories(zelto_build_flags INTERFACE "${PROJECT_SOURCE_DIR}")
 if(ZELTO_SANITIZE)
   target_compile_options(zelto_build_flags INTERFACE

@@ -91,7 +91,8 @@ int64_t Write(const Byte* text, const Byte* end, WCHAR* begin, int64_t size) {
     WCHAR* out = begin;
     while (text < end) {
         const int64_t room = size - (out - begin);
-        const auto ascii = CopyAsciiBlocks(text, std::min<ptrdiff_t>(end - text, room), out);
+        const auto ascii =
+            CopyAsciiBlocks(text, static_cast<ptrdiff_t>(std::min<int64_t>(end - text, room)), out);
         text += ascii;
         out += ascii;
         const Byte* stop = text + std::min(end - text, kAsciiBlock);

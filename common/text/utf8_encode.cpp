@@ -73,7 +73,8 @@ int64_t Write(const WCHAR* text, const WCHAR* end, char* begin, int64_t size) {
     char* out = begin;
     while (text < end) {
         int64_t room = size - (out - begin);
-        const auto ascii = CopyAsciiBlocks(text, std::min<ptrdiff_t>(end - text, room), out);
+        const auto ascii =
+            CopyAsciiBlocks(text, static_cast<ptrdiff_t>(std::min<int64_t>(end - text, room)), out);
         text += ascii;
         out += ascii;
         room -= ascii;

@@ -11,6 +11,14 @@ namespace {
 
 constexpr int64_t kNanosecondsPerSecond = 1'000'000'000;
 
+// The call that takes timespec as this host's C library has it: where longs have 32 bits and times
+// 64, that is a call of its own.
+#ifdef SYS_futex_time64
+constexpr long kFutex = sizeof(time_t) > sizeof(long) ? SYS_futex_time64 : SYS_futex;
+#else
+constexpr long kFutex = SYS_futex;
+#endif
+
 }  // namespace
 
 int64_t MonotonicNanoseconds() {
@@ -23,15 +31,15 @@ void FutexWait(Word& word, uint32_t expected, int64_t nanoseconds) {
     timespec time{};
     time.tv_sec = static_cast<time_t>(nanoseconds / kNanosecondsPerSecond);
     time.tv_nsec = static_cast<long>(nanoseconds % kNanosecondsPerSecond);
-    syscall(SYS_futex, &word, FUTEX_WAIT, expected, &time, nullptr, 0);
+    syscall(kFutex, &word, FUTEX_WAIT, expected, &time, nullptr, 0);
 }
 
 void FutexWakeAll(Word& word) {
-    syscall(SYS_futex, &word, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
+    syscall(kFutex, &word, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
 }
 
 void FutexWakeOne(Word& word) {
-    syscall(SYS_futex, &word, FUTEX_WAKE, 1, nullptr, nullptr, 0);
+    syscall(kFutex, &word, FUTEX_WAKE, 1, nullptr, nullptr, 0);
 }
 
 }  // namespace zelto::coredll
