@@ -45,13 +45,15 @@ struct CountedWait {
     CountedWait& operator=(const CountedWait&) = delete;
 };
 
-// True when the change came while spinning.
+// True when the change came while spinning. Yields at each look: the announcer may share our
+// processor, and gets on only then.
 bool SpinForChange(const Word& sequence, uint32_t seen, int64_t end) {
     while (sequence.load(std::memory_order_acquire) == seen) {
         if (MonotonicNanoseconds() >= end)
             return false;
         for (int i = 0; i < kPausesPerLook; ++i)
             SpinPause();
+        sched_yield();
     }
     return true;
 }
@@ -60,8 +62,7 @@ constexpr uint32_t kProbeEvery = 32;
 thread_local uint32_t t_waits = 0;
 
 // How long to spin now. A spin that caught its change is allowed the whole limit again, one that
-// did not half of what it had: the other side is slow, or has no processor while we spin. Now and
-// then the whole limit is tried again.
+// did not half of what it had: the other side is slow. Now and then the whole limit is tried again.
 int64_t NextSpin(int64_t limit) {
     const bool probe = t_spin < 0 || t_spin > limit || ++t_waits % kProbeEvery == 0;
     if (probe)
@@ -105,7 +106,8 @@ void AwaitChange(WaitWord& word, uint32_t seen, const Deadline& deadline) {
         if (caught)
             return;
     }
-    // The announcer may share our processor: it then gets on now, and a wake-up is saved.
+    // Also without a spin: an announcer that shares our processor gets on now, and a wake-up is
+    // saved.
     sched_yield();
     if (word.sequence.load() != seen)
         return;
