@@ -10,6 +10,10 @@
 
 namespace zelto::bench {
 
+namespace {
+
+// Keeps the calling process on one of the processors it may use, counted from 0; does nothing when
+// there are not as many.
 void UseProcessor(int number) {
     cpu_set_t allowed;
     if (sched_getaffinity(0, sizeof allowed, &allowed) != 0 || CPU_COUNT(&allowed) <= number)
@@ -23,8 +27,6 @@ void UseProcessor(int number) {
     sched_setaffinity(0, sizeof only, &only);
 }
 
-namespace {
-
 void Sleep(std::atomic<uint32_t>& word, uint32_t expected) {
     while (word.load() == expected)
         syscall(SYS_futex, &word, FUTEX_WAIT, expected, nullptr, nullptr, 0);
@@ -37,12 +39,22 @@ void Wake(std::atomic<uint32_t>& word) {
 
 }  // namespace
 
-FutexPingPong::FutexPingPong()
+OnFirstProcessor::OnFirstProcessor() {
+    sched_getaffinity(0, sizeof allowed_, &allowed_);
+    UseProcessor(0);
+}
+
+OnFirstProcessor::~OnFirstProcessor() {
+    sched_setaffinity(0, sizeof allowed_, &allowed_);
+}
+
+FutexPingPong::FutexPingPong(Partner partner)
     : words_(static_cast<Words*>(
           mmap(nullptr, sizeof(Words), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))),
       partner_(fork()) {
     if (partner_ == 0) {
-        UseProcessor(1);
+        if (partner == Partner::kOnSecondProcessor)
+            UseProcessor(1);
         Answer(*words_);
     }
 }

@@ -5,18 +5,30 @@
 
 #include <atomic>
 #include <cstdint>
+#include <sched.h>
 #include <sys/types.h>
 
 namespace zelto::bench {
 
-// Keeps the calling process on one of the processors it may use, counted from 0; does nothing when
-// there are not as many. Both sides of what is compared are placed alike, one processor each.
-void UseProcessor(int number);
+// Keeps the calling process on the first of the processors that it may use, for as long as this
+// lives.
+class OnFirstProcessor {
+  public:
+    OnFirstProcessor();
+    ~OnFirstProcessor();
+    OnFirstProcessor(const OnFirstProcessor&) = delete;
+    OnFirstProcessor& operator=(const OnFirstProcessor&) = delete;
 
-// A second process, on processor 1, that answers each ping; ends with the object.
+  private:
+    cpu_set_t allowed_;
+};
+
+// A second process that answers each ping; ends with the object.
 class FutexPingPong {
   public:
-    FutexPingPong();
+    enum class Partner { kAnywhere, kOnSecondProcessor };
+
+    explicit FutexPingPong(Partner partner);
     ~FutexPingPong();
     FutexPingPong(const FutexPingPong&) = delete;
     FutexPingPong& operator=(const FutexPingPong&) = delete;

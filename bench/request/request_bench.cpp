@@ -1,6 +1,8 @@
 // One request, ZeltoNavPort_Goto to its reply, against a bare futex ping-pong of two processes in
-// the same run, each side on a processor of its own. Argument: how long a wait may spin before it
-// sleeps, in microseconds.
+// the same run. Argument: how long a wait may spin before it sleeps, in microseconds.
+//
+// The ping-pong is taken twice: as the scheduler places it, which is often on one processor, and
+// with a processor for each side, as for sides that spin.
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -29,7 +31,9 @@ constexpr int kRequestsPerBatch = 400;
 struct Figures {
     double request_us;
     double ping_pong_us;
-    double ratio;         // median of the batches' ratios
+    double ratio;  // median of the batches' ratios
+    double apart_us;
+    double ratio_apart;
     double client_kb;     // resident memory that the client's requests added to its process
     double responder_kb;  // the same on the other side
     int32_t failed;       // result code of the first request that failed
@@ -69,28 +73,53 @@ void WaitForWindow() {
         Sleep(1);
 }
 
-Figures Measure(pid_t responder, FutexPingPong& ping_pong) {
+// Microseconds each, a value a batch.
+struct Batches {
+    std::vector<double> requests, ping_pongs, apart;
+};
+
+std::vector<double> Ratios(const std::vector<double>& values, const std::vector<double>& floors) {
+    std::vector<double> ratios;
+    for (size_t i = 0; i < values.size(); ++i)
+        ratios.push_back(values[i] / floors[i]);
+    return ratios;
+}
+
+// Returns the result of the first request that failed, 0 without one.
+int32_t MeasureBatches(Batches& batches) {
+    FutexPingPong ping_pong(FutexPingPong::Partner::kAnywhere);
+    FutexPingPong apart(FutexPingPong::Partner::kOnSecondProcessor);
+    int32_t failed = 0;
+    for (int batch = 0; batch < kBatches && failed == 0; ++batch) {
+        batches.ping_pongs.push_back(MicrosecondsEach([&] { ping_pong.Ping(); }));
+        {
+            const OnFirstProcessor here;
+            batches.apart.push_back(MicrosecondsEach([&] { apart.Ping(); }));
+        }
+        batches.requests.push_back(MicrosecondsEach([&] {
+            const int32_t result = ZeltoNavPort_Goto(42.5, 1.5, nullptr);
+            if (result != 0)
+                failed = result;
+        }));
+    }
+    return failed;
+}
+
+Figures Measure(pid_t responder) {
     Figures figures{};
     const double client_before = ProportionalMemory(getpid());
     const double responder_before = ProportionalMemory(responder);
+    Batches batches;
     figures.failed = ZeltoNavPort_Init();
-    std::vector<double> requests;
-    std::vector<double> ping_pongs;
-    std::vector<double> ratios;
-    for (int batch = 0; batch < kBatches && figures.failed == 0; ++batch) {
-        ping_pongs.push_back(MicrosecondsEach([&] { ping_pong.Ping(); }));
-        requests.push_back(MicrosecondsEach([&] {
-            const int32_t result = ZeltoNavPort_Goto(42.5, 1.5, nullptr);
-            if (result != 0)
-                figures.failed = result;
-        }));
-        ratios.push_back(requests.back() / ping_pongs.back());
-    }
+    if (figures.failed == 0)
+        figures.failed = MeasureBatches(batches);
     if (figures.failed != 0)
         return figures;
-    figures.request_us = Median(requests);
-    figures.ping_pong_us = Median(ping_pongs);
-    figures.ratio = Median(ratios);
+    figures.request_us = Median(batches.requests);
+    figures.ping_pong_us = Median(batches.ping_pongs);
+    figures.ratio = Median(Ratios(batches.requests, batches.ping_pongs));
+    figures.apart_us = Median(batches.apart);
+    figures.ratio_apart = Median(Ratios(batches.requests, batches.apart));
     figures.client_kb = ProportionalMemory(getpid()) - client_before;
     figures.responder_kb = ProportionalMemory(responder) - responder_before;
     return figures;
@@ -99,7 +128,6 @@ Figures Measure(pid_t responder, FutexPingPong& ping_pong) {
 pid_t StartResponder() {
     const pid_t responder = fork();
     if (responder == 0) {
-        UseProcessor(1);
         RunResponder();
         _exit(1);
     }
@@ -117,9 +145,7 @@ Figures MeasureInChild(const std::string& spin) {
     const pid_t client = fork();
     if (client == 0) {
         WaitForWindow();
-        FutexPingPong ping_pong;
-        UseProcessor(0);
-        figures = Measure(responder, ping_pong);
+        figures = Measure(responder);
         _exit(write(channel[1], &figures, sizeof figures) == sizeof figures ? 0 : 1);
     }
     waitpid(client, nullptr, 0);
@@ -154,6 +180,8 @@ void Request(benchmark::State& state) {
         state.SetIterationTime(figures.request_us / 1e6);
         state.counters["ping_pong_us"] = figures.ping_pong_us;
         state.counters["ratio"] = figures.ratio;
+        state.counters["apart_us"] = figures.apart_us;
+        state.counters["ratio_apart"] = figures.ratio_apart;
         state.counters["client_kb"] = figures.client_kb;
         state.counters["responder_kb"] = figures.responder_kb;
     }
