@@ -59,8 +59,10 @@ void Forget(Watched& watched) {
 }  // namespace
 
 std::optional<uint64_t> ProcessStartTime(uint32_t pid) {
-    char path[32];
-    std::snprintf(path, sizeof path, "/proc/%u/stat", pid);
+    // The main thread's file says the same as the process's own. User-mode emulators make up the
+    // latter, with another start time, for the process that reads about itself.
+    char path[48];
+    std::snprintf(path, sizeof path, "/proc/%u/task/%u/stat", pid, pid);
     const std::string text = ReadHostFile(path);
     // The name in brackets may hold anything; state is the first field after it, the start time
     // the twentieth (proc(5): fields 3 and 22).
