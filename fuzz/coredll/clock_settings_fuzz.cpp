@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "platform/coredll/linux/clock_settings.h"
-#include "platform/coredll/linux/zone_rule.h"
+#include "platform/coredll/linux/time/clock_settings.h"
+#include "platform/coredll/linux/time/zone_rule.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace zelto::coredll;

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "platform/coredll/linux/host_zone.h"
-#include "platform/coredll/linux/posix_zone.h"
-#include "platform/coredll/linux/zone_rule.h"
+#include "platform/coredll/linux/time/host_zone.h"
+#include "platform/coredll/linux/time/posix_zone.h"
+#include "platform/coredll/linux/time/zone_rule.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace zelto::coredll;

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "platform/coredll/linux/registry_text.h"
+#include "platform/coredll/linux/registry/registry_text.h"
 
 using zelto::coredll::FormatRegistry;
 using zelto::coredll::ParseRegistry;

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "platform/coredll/coredll.h"
-#include "platform/coredll/linux/host_clock.h"
+#include "platform/coredll/linux/time/host_clock.h"
 #include "tests/coredll/fake_host_clock.h"
 #include "tests/support/temp_device.h"
 

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <string>
 
-#include "platform/coredll/linux/calendar.h"
+#include "platform/coredll/linux/time/calendar.h"
 
 namespace zelto::test {
 

@@ -1,7 +1,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
-#include "platform/coredll/linux/registry_file.h"
+#include "platform/coredll/linux/registry/registry_file.h"
 #include "tests/coredll/files_fixture.h"
 
 namespace zelto::test {

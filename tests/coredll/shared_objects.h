@@ -12,8 +12,8 @@
 #include <unistd.h>
 
 #include "platform/coredll/coredll.h"
-#include "platform/coredll/linux/store.h"
-#include "platform/coredll/linux/store_report.h"
+#include "platform/coredll/linux/objects/store.h"
+#include "platform/coredll/linux/objects/store_report.h"
 #include "tests/support/temp_device.h"
 
 namespace zelto::test {

@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <sys/wait.h>
 
-#include "platform/coredll/linux/file_sharing.h"
+#include "platform/coredll/linux/files/file_sharing.h"
 #include "tests/coredll/files_fixture.h"
 
 namespace zelto::test {

@@ -5,10 +5,10 @@
 #include <gtest/gtest.h>
 
 #include "platform/coredll/coredll.h"
-#include "platform/coredll/linux/clock_settings.h"
-#include "platform/coredll/linux/host_zone.h"
-#include "platform/coredll/linux/posix_zone.h"
-#include "platform/coredll/linux/zone_rule.h"
+#include "platform/coredll/linux/time/clock_settings.h"
+#include "platform/coredll/linux/time/host_zone.h"
+#include "platform/coredll/linux/time/posix_zone.h"
+#include "platform/coredll/linux/time/zone_rule.h"
 #include "tests/coredll/fake_host_clock.h"
 #include "tests/support/temp_device.h"
 

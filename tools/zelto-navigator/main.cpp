@@ -3,8 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
-#include "platform/coredll/linux/device.h"
-#include "platform/coredll/linux/store.h"
+#include "platform/coredll/linux/base/device.h"
+#include "platform/coredll/linux/objects/store.h"
 #include "tools/zelto-navigator/queries.h"
 #include "tools/zelto-navigator/refusal.h"
 #include "tools/zelto-navigator/requests.h"

@@ -3,9 +3,9 @@
 #include <fmt/core.h>
 #include <memory>
 
-#include "platform/coredll/linux/device.h"
-#include "platform/coredll/linux/registry_file.h"
-#include "platform/coredll/linux/store_report.h"
+#include "platform/coredll/linux/base/device.h"
+#include "platform/coredll/linux/objects/store_report.h"
+#include "platform/coredll/linux/registry/registry_file.h"
 #include "tools/text/wide.h"
 #include "tools/zeltoport/command.h"
 #include "tools/zeltoport/registered_navigator.h"

@@ -2,8 +2,8 @@
 
 #include <fmt/core.h>
 
-#include "platform/coredll/linux/registry_file.h"
-#include "platform/coredll/linux/store.h"
+#include "platform/coredll/linux/objects/store.h"
+#include "platform/coredll/linux/registry/registry_file.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 #include "tools/text/wide.h"
 #include "tools/zeltoport/results.h"

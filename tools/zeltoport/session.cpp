@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <fmt/core.h>
 
-#include "platform/coredll/linux/device.h"
+#include "platform/coredll/linux/base/device.h"
 
 namespace zelto::tools {
 

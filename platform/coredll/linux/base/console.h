@@ -1,0 +1,15 @@
+// The host's terminal.
+
+#ifndef ZELTO_PLATFORM_COREDLL_LINUX_BASE_CONSOLE_H
+#define ZELTO_PLATFORM_COREDLL_LINUX_BASE_CONSOLE_H
+
+#include <cstdio>
+
+namespace zelto::coredll {
+
+// Whether the stream is shown to someone rather than kept in a file or piped on.
+bool IsTerminal(std::FILE* stream);
+
+}  // namespace zelto::coredll
+
+#endif

@@ -1,0 +1,36 @@
+// Small files of the device, read at once and replaced at once.
+
+#ifndef ZELTO_PLATFORM_COREDLL_LINUX_BASE_SMALL_FILE_H
+#define ZELTO_PLATFORM_COREDLL_LINUX_BASE_SMALL_FILE_H
+
+#include <string>
+#include <string_view>
+
+#include "platform/coredll/linux/base/unique_fd.h"
+
+namespace zelto::coredll {
+
+enum class Links { kRefused, kFollowed };
+
+// Reads an ordinary file. Result: 0 or an errno value; EACCES for a file of another kind, EFBIG
+// for one longer than the limit.
+int ReadSmallFile(const std::string& path, size_t limit, Links links, std::string& text);
+
+// Puts the text in the file's place, whole or not at all, also when the host fails in between.
+// Result: 0 or an errno value, the file being as before. The caller holds the file's lock.
+int ReplaceSmallFile(const std::string& path, std::string_view text);
+
+// The right to change a file, among all processes and threads, while the object lives. It is held
+// on a lock file next to it, and ends with its process. Waits for its turn; on failure errno tells.
+class FileLock {
+  public:
+    explicit FileLock(const std::string& path);
+    [[nodiscard]] bool IsHeld() const { return file_.IsOpen(); }
+
+  private:
+    UniqueFd file_;
+};
+
+}  // namespace zelto::coredll
+
+#endif

@@ -1,0 +1,107 @@
+#include "platform/coredll/api/crt.h"
+
+#include <cerrno>
+#include <string_view>
+#include <sys/stat.h>
+
+#include "platform/coredll/linux/base/last_error.h"
+#include "platform/coredll/linux/base/paths.h"
+
+static_assert(sizeof(off_t) == 8, "file positions take 64 bits");
+
+namespace {
+
+// The host's mode for the device's: r, w or a, then any of + b t. Text mode translates nothing
+// here. "e" keeps the file from programs that this process starts. False for any other mode.
+bool HostMode(const WCHAR* mode, char (&host)[4]) {
+    if (mode == nullptr || (*mode != 'r' && *mode != 'w' && *mode != 'a'))
+        return false;
+    size_t used = 0;
+    host[used++] = static_cast<char>(*mode);
+    bool update = false;
+    for (const WCHAR* unit = mode + 1; *unit != 0; ++unit) {
+        if (*unit != '+' && *unit != 'b' && *unit != 't')
+            return false;
+        update = update || *unit == '+';
+    }
+    if (update)
+        host[used++] = '+';
+    host[used++] = 'e';
+    host[used] = '\0';
+    return true;
+}
+
+bool IsFolder(FILE* file) {
+    struct stat status {};
+    return fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+unsigned char FoldedByte(char byte) {
+    const auto value = static_cast<unsigned char>(byte);
+    return value >= 'A' && value <= 'Z' ? static_cast<unsigned char>(value + ('a' - 'A')) : value;
+}
+
+}  // namespace
+
+FILE* _wfopen(const WCHAR* name, const WCHAR* mode) {
+    using namespace zelto::coredll;
+    char host_mode[4];
+    if (!HostMode(mode, host_mode))
+        return Fail(ERROR_INVALID_PARAMETER, static_cast<FILE*>(nullptr));
+    std::string path;
+    const DWORD name_error = HostPath(name, path);
+    if (name_error != ERROR_SUCCESS)
+        return Fail(name_error, static_cast<FILE*>(nullptr));
+    FILE* file = std::fopen(path.c_str(), host_mode);
+    if (file == nullptr)
+        return Fail(PathError(errno, path), file);
+    if (IsFolder(file)) {  // the host opens one for reading
+        std::fclose(file);
+        return Fail(ERROR_ACCESS_DENIED, static_cast<FILE*>(nullptr));
+    }
+    return file;
+}
+
+int _fseeki64(FILE* file, int64_t offset, int origin) {
+    return fseeko(file, offset, origin);
+}
+
+int64_t _ftelli64(FILE* file) {
+    return ftello(file);
+}
+
+char* _itoa(int value, char* buffer, int radix) {
+    if (radix < 2 || radix > 36) {
+        *buffer = '\0';
+        return buffer;
+    }
+    const bool minus = radix == 10 && value < 0;
+    const auto base = static_cast<uint32_t>(radix);
+    uint32_t rest = minus ? 0U - static_cast<uint32_t>(value) : static_cast<uint32_t>(value);
+    char digits[32];
+    size_t count = 0;
+    do {
+        digits[count++] = "0123456789abcdefghijklmnopqrstuvwxyz"[rest % base];
+        rest /= base;
+    } while (rest != 0);
+    char* out = buffer;
+    if (minus)
+        *out++ = '-';
+    while (count > 0)
+        *out++ = digits[--count];
+    *out = '\0';
+    return buffer;
+}
+
+int _stricmp(const char* a, const char* b) {
+    return _strnicmp(a, b, SIZE_MAX);
+}
+
+int _strnicmp(const char* a, const char* b, size_t count) {
+    for (; count > 0; --count, ++a, ++b) {
+        const int difference = FoldedByte(*a) - FoldedByte(*b);
+        if (difference != 0 || *a == '\0')
+            return difference;
+    }
+    return 0;
+}

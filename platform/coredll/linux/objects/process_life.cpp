@@ -1,0 +1,117 @@
+#include "platform/coredll/linux/objects/process_life.h"
+
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <mutex>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace zelto::coredll {
+namespace {
+
+struct Watched {
+    uint32_t pid;
+    uint64_t start_time;
+    int descriptor;  // 0 none
+};
+
+std::mutex g_mutex;
+Watched g_watched[kMaxWatched];  // guarded by g_mutex
+
+// Reads a small file of the host whole; "" when it cannot be read.
+std::string ReadHostFile(const char* path) {
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return "";
+    char text[1024];
+    const ssize_t size = read(file, text, sizeof text);
+    close(file);
+    return size > 0 ? std::string(text, static_cast<size_t>(size)) : "";
+}
+
+bool SameProcess(uint32_t pid, uint64_t start_time) {
+    const std::optional<uint64_t> now = ProcessStartTime(pid);
+    return now.has_value() && *now == start_time;
+}
+
+int OpenProcess(uint32_t pid) {
+#ifdef SYS_pidfd_open
+    return static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+#else
+    static_cast<void>(pid);
+    return -1;
+#endif
+}
+
+bool HasEnded(int descriptor) {
+    pollfd question{descriptor, POLLIN, 0};
+    return poll(&question, 1, 0) > 0;
+}
+
+void Forget(Watched& watched) {
+    if (watched.descriptor > 0)
+        close(watched.descriptor);
+    watched = Watched{};
+}
+
+}  // namespace
+
+std::optional<uint64_t> ProcessStartTime(uint32_t pid) {
+    // The main thread's file says the same as the process's own. User-mode emulators make up the
+    // latter, with another start time, for the process that reads about itself.
+    char path[48];
+    std::snprintf(path, sizeof path, "/proc/%u/task/%u/stat", pid, pid);
+    const std::string text = ReadHostFile(path);
+    // The name in brackets may hold anything; state is the first field after it, the start time
+    // the twentieth (proc(5): fields 3 and 22).
+    const size_t name_end = text.rfind(')');
+    if (name_end == std::string::npos)
+        return std::nullopt;
+    char state = 0;
+    unsigned long long start = 0;
+    const char* fields = text.c_str() + name_end + 1;
+    if (std::sscanf(fields,
+                    " %c %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s "
+                    "%llu",
+                    &state, &start) != 2) {
+        return std::nullopt;
+    }
+    if (state == 'Z' || state == 'X' || state == 'x')
+        return std::nullopt;
+    return start;
+}
+
+bool ProcessLives(uint32_t key, uint32_t pid, uint64_t start_time) {
+    const std::lock_guard lock(g_mutex);
+    Watched& watched = g_watched[key];
+    if (watched.descriptor > 0 && watched.pid == pid && watched.start_time == start_time) {
+        return !HasEnded(watched.descriptor);
+    }
+    Forget(watched);
+    const int descriptor = OpenProcess(pid);
+    // The start time is read after the descriptor is there: the two are then of one process.
+    if (!SameProcess(pid, start_time)) {
+        if (descriptor > 0)
+            close(descriptor);
+        return false;
+    }
+    if (descriptor > 0)
+        watched = Watched{pid, start_time, descriptor};
+    return true;
+}
+
+void StopWatchingProcesses() {
+    const std::lock_guard lock(g_mutex);
+    for (Watched& watched : g_watched)
+        Forget(watched);
+}
+
+std::string HostBootId() {
+    std::string id = ReadHostFile("/proc/sys/kernel/random/boot_id");
+    id.resize(std::strcspn(id.c_str(), "\n"));
+    return id;
+}
+
+}  // namespace zelto::coredll

@@ -1,0 +1,163 @@
+#include "platform/coredll/linux/objects/store_repair.h"
+
+#include <algorithm>
+#include <bitset>
+
+#include "platform/coredll/linux/objects/message_pool.h"
+#include "platform/coredll/linux/objects/queue_table.h"
+#include "platform/coredll/linux/objects/waiting.h"
+
+namespace zelto::coredll {
+namespace {
+
+using BlockSet = std::bitset<kBlockCount + 1>;
+
+void DropStaleOwners(Store& store) {
+    for (EndSlot& end : store.ends) {
+        if (end.state.load() == kLive && !TokenIsCurrent(store, end.owner))
+            end.state.store(kFree);
+    }
+    for (WindowSlot& window : store.windows) {
+        if (window.state.load() == kLive && !TokenIsCurrent(store, window.owner)) {
+            window.state.store(kFree);
+        }
+    }
+}
+
+void CountSides(Store& store) {
+    for (QueueSlot& queue : store.queues)
+        queue.readers = queue.writers = 0;
+    store.end_top = 0;
+    for (uint32_t i = 0; i < kMaxEnds; ++i) {
+        const EndSlot& end = store.ends[i];
+        if (end.state.load() != kLive)
+            continue;
+        store.end_top = i + 1;
+        if (end.kind != EndKind::kEvent)
+            AddSide(store.queues[end.object], end.kind);
+    }
+}
+
+bool LostASide(const QueueSlot& queue) {
+    return !AllowsBroken(queue) && ((queue.had_readers != 0 && queue.readers == 0) ||
+                                    (queue.had_writers != 0 && queue.writers == 0));
+}
+
+// Marks a message's blocks; false when they are not a whole message of this queue.
+bool MarkMessage(Store& store, const QueueSlot& queue, uint32_t message, BlockSet& used) {
+    if (message > store.fresh_block)
+        return false;
+    const uint32_t size = BlockAt(store, message).size;
+    if (size == 0 || size > queue.message_bytes)
+        return false;
+    uint32_t block = message;
+    for (uint32_t left = BlocksFor(size); left != 0; --left) {
+        if (block == 0 || block > store.fresh_block || used[block])
+            return false;
+        used.set(block);
+        block = BlockAt(store, block).next;
+    }
+    return block == 0;
+}
+
+void RebuildQueue(Store& store, QueueSlot& queue, BlockSet& used) {
+    uint64_t committed = CommittedAtCreation(queue);
+    const bool per_message = committed == 0;
+    if (queue.alert.load() != 0 && !MarkMessage(store, queue, queue.alert.load(), used)) {
+        queue.alert.store(0);
+    }
+    queue.count = 0;
+    queue.tail = 0;
+    for (Word* link = &queue.head; link->load() != 0;) {
+        const uint32_t message = link->load();
+        if (!MarkMessage(store, queue, message, used)) {
+            link->store(0);
+            break;
+        }
+        if (per_message)
+            committed += BlocksFor(BlockAt(store, message).size);
+        queue.tail = message;
+        ++queue.count;
+        link = &BlockAt(store, message).next_message;
+    }
+    if (per_message && queue.alert.load() != 0) {
+        committed += BlocksFor(BlockAt(store, queue.alert.load()).size);
+    }
+    store.committed_blocks += static_cast<uint32_t>(committed);
+}
+
+void RebuildQueues(Store& store, BlockSet& used) {
+    store.committed_blocks = 0;
+    store.queue_top = 0;
+    for (uint32_t i = 0; i < kMaxQueues; ++i) {
+        QueueSlot& queue = store.queues[i];
+        if (queue.state.load() != kLive)
+            continue;
+        if (queue.readers == 0 && queue.writers == 0) {
+            queue.state.store(kFree);
+            continue;
+        }
+        if (LostASide(queue)) {
+            queue.broken = 1;
+            queue.head.store(0);
+            queue.alert.store(0);
+        }
+        store.queue_top = i + 1;
+        RebuildQueue(store, queue, used);
+    }
+}
+
+void RebuildFreeList(Store& store, const BlockSet& used) {
+    store.free_block = 0;
+    for (uint32_t block = store.fresh_block; block != 0; --block) {
+        if (used[block])
+            continue;
+        BlockAt(store, block).next = store.free_block;
+        store.free_block = block;
+    }
+}
+
+void DropUnheldEvents(Store& store) {
+    std::bitset<kMaxEvents> held;
+    for (const EndSlot& end : store.ends) {
+        if (end.state.load() == kLive && end.kind == EndKind::kEvent)
+            held.set(end.object);
+    }
+    for (uint32_t i = 0; i < kMaxEvents; ++i) {
+        if (!held[i])
+            store.events[i].state.store(kFree);
+    }
+}
+
+void WakeEverybody(Store& store) {
+    for (ProcessSlot& process : store.processes)
+        AnnounceChange(process.messages);
+    for (QueueSlot& queue : store.queues)
+        AnnounceChange(queue.changed);
+    for (EventSlot& event : store.events)
+        AnnounceChange(event.event.changed);
+}
+
+}  // namespace
+
+bool TokenIsCurrent(const Store& store, ProcessToken token) {
+    const uint32_t index = (token & 0xFF) - 1;
+    if (index >= kMaxProcesses)
+        return false;
+    const ProcessSlot& slot = store.processes[index];
+    return slot.state.load() == kLive &&
+           (((slot.use.load() << 8) | (index + 1)) & kTokenMask) == token;
+}
+
+void RepairStore(Store& store) {
+    BlockSet used;
+    store.fresh_block = std::min(store.fresh_block, kBlockCount);
+    DropStaleOwners(store);
+    CountSides(store);
+    RebuildQueues(store, used);
+    RebuildFreeList(store, used);
+    DropUnheldEvents(store);
+    WakeEverybody(store);
+}
+
+}  // namespace zelto::coredll

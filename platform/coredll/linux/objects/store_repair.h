@@ -1,0 +1,21 @@
+// Makes the store whole again after a process died.
+
+#ifndef ZELTO_PLATFORM_COREDLL_LINUX_OBJECTS_STORE_REPAIR_H
+#define ZELTO_PLATFORM_COREDLL_LINUX_OBJECTS_STORE_REPAIR_H
+
+#include "platform/coredll/linux/objects/store_layout.h"
+
+namespace zelto::coredll {
+
+// Drops the windows and open ends of processes that are no longer there, then the queues and
+// events that nobody holds, and works out every derived field anew: message counts, tails, the
+// free list, the marks. May be cut short and run again. Call with the lock held, after the slots
+// of dead processes were freed; wakes all who wait.
+void RepairStore(Store& store);
+
+// Whether a token's slot is still taken by that very process, dead or alive.
+bool TokenIsCurrent(const Store& store, ProcessToken token);
+
+}  // namespace zelto::coredll
+
+#endif
