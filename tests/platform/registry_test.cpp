@@ -2,7 +2,7 @@
 #include <sys/wait.h>
 
 #include "platform/coredll/linux/registry/registry_file.h"
-#include "tests/coredll/files_fixture.h"
+#include "tests/platform/files_fixture.h"
 
 namespace zelto::test {
 namespace {

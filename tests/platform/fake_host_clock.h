@@ -1,8 +1,8 @@
 // The host's time of day for the tests of one program, which stands still until a test moves it,
 // and shorthands for moments.
 
-#ifndef ZELTO_TESTS_COREDLL_FAKE_HOST_CLOCK_H
-#define ZELTO_TESTS_COREDLL_FAKE_HOST_CLOCK_H
+#ifndef ZELTO_TESTS_PLATFORM_FAKE_HOST_CLOCK_H
+#define ZELTO_TESTS_PLATFORM_FAKE_HOST_CLOCK_H
 
 #include <atomic>
 #include <cstdio>

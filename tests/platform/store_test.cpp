@@ -3,7 +3,7 @@
 #include <random>
 #include <vector>
 
-#include "tests/coredll/shared_objects.h"
+#include "tests/platform/shared_objects.h"
 
 namespace zelto::test {
 namespace {

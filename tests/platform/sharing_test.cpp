@@ -4,7 +4,7 @@
 #include <sys/wait.h>
 
 #include "platform/coredll/linux/files/file_sharing.h"
-#include "tests/coredll/files_fixture.h"
+#include "tests/platform/files_fixture.h"
 
 namespace zelto::test {
 namespace {

@@ -1,8 +1,8 @@
 // What the tests of shared objects have in common: a device of their own, a connection that goes
 // with it, and children made by fork.
 
-#ifndef ZELTO_TESTS_COREDLL_SHARED_OBJECTS_H
-#define ZELTO_TESTS_COREDLL_SHARED_OBJECTS_H
+#ifndef ZELTO_TESTS_PLATFORM_SHARED_OBJECTS_H
+#define ZELTO_TESTS_PLATFORM_SHARED_OBJECTS_H
 
 #include <functional>
 #include <gtest/gtest.h>

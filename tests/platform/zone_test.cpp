@@ -9,7 +9,7 @@
 #include "platform/coredll/linux/time/host_zone.h"
 #include "platform/coredll/linux/time/posix_zone.h"
 #include "platform/coredll/linux/time/zone_rule.h"
-#include "tests/coredll/fake_host_clock.h"
+#include "tests/platform/fake_host_clock.h"
 #include "tests/support/temp_device.h"
 
 namespace {

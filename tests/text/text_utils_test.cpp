@@ -1,11 +1,11 @@
+#include "common/text/text_utils.h"
+
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
 #include <tuple>
 #include <utility>
-
-#include "common/text/text_utils.h"
 
 namespace zelto {
 namespace {

@@ -1,7 +1,8 @@
+#include "common/files/file_system.h"
+
 #include <set>
 
 #include "common/files/busca_ficheros.h"
-#include "common/files/file_system.h"
 #include "common/sys/sync.h"
 #include "platform/coredll/coredll.h"
 #include "tests/files/files_fixture.h"

@@ -1,8 +1,8 @@
+#include "common/text/utf8.h"
+
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
-
-#include "common/text/utf8.h"
 
 namespace {
 

@@ -1,8 +1,9 @@
+#include "common/text/pointer_array.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
 #include "common/text/codepage_table.h"
-#include "common/text/pointer_array.h"
 
 namespace {
 

@@ -1,6 +1,7 @@
 // The two channels: what is called, in which order, how long it takes and what comes of it.
 
 #include "plugins/zelto_port_dll/transport.h"
+
 #include "tests/port/port_fixture.h"
 
 namespace zelto::test {

@@ -1,3 +1,5 @@
+#include "common/time/device_clock.h"
+
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -5,7 +7,6 @@
 #include <tuple>
 #include <utility>
 
-#include "common/time/device_clock.h"
 #include "platform/coredll/coredll.h"
 #include "tests/support/temp_device.h"
 #include "tests/time/date_support.h"

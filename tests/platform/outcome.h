@@ -1,7 +1,7 @@
 // What a call answered and what it did to the last error, in a form that tests compare.
 
-#ifndef ZELTO_TESTS_COREDLL_OUTCOME_H
-#define ZELTO_TESTS_COREDLL_OUTCOME_H
+#ifndef ZELTO_TESTS_PLATFORM_OUTCOME_H
+#define ZELTO_TESTS_PLATFORM_OUTCOME_H
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
-#include "tests/coredll/files_fixture.h"
+#include "tests/platform/files_fixture.h"
 
 namespace zelto::test {
 namespace {

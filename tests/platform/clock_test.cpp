@@ -7,7 +7,7 @@
 
 #include "platform/coredll/coredll.h"
 #include "platform/coredll/linux/time/host_clock.h"
-#include "tests/coredll/fake_host_clock.h"
+#include "tests/platform/fake_host_clock.h"
 #include "tests/support/temp_device.h"
 
 int64_t zelto::coredll::HostFileTime() {

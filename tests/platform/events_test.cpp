@@ -1,4 +1,4 @@
-#include "tests/coredll/shared_objects.h"
+#include "tests/platform/shared_objects.h"
 
 namespace zelto::test {
 namespace {

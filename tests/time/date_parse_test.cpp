@@ -1,7 +1,8 @@
+#include "common/time/date_parse.h"
+
 #include <gtest/gtest.h>
 #include <limits>
 
-#include "common/time/date_parse.h"
 #include "tests/time/date_support.h"
 
 namespace zelto {

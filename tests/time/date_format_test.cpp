@@ -1,3 +1,5 @@
+#include "common/time/date_format.h"
+
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -5,7 +7,6 @@
 #include <tuple>
 #include <utility>
 
-#include "common/time/date_format.h"
 #include "common/time/date_parse.h"
 #include "common/time/month_names.h"
 #include "tests/time/date_support.h"

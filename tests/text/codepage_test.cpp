@@ -1,7 +1,7 @@
+#include "common/text/codepage.h"
+
 #include <gtest/gtest.h>
 #include <string>
-
-#include "common/text/codepage.h"
 
 namespace {
 

@@ -1,9 +1,10 @@
+#include "common/text/dstring.h"
+
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
 
 #include "common/text/codepage.h"
-#include "common/text/dstring.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Files of a test's own, made and looked at past the layer under test.
 
-#ifndef ZELTO_TESTS_COREDLL_FILES_FIXTURE_H
-#define ZELTO_TESTS_COREDLL_FILES_FIXTURE_H
+#ifndef ZELTO_TESTS_PLATFORM_FILES_FIXTURE_H
+#define ZELTO_TESTS_PLATFORM_FILES_FIXTURE_H
 
 #include <csignal>
 #include <fstream>
@@ -10,7 +10,7 @@
 #include <sys/resource.h>
 
 #include "platform/coredll/coredll.h"
-#include "tests/coredll/outcome.h"
+#include "tests/platform/outcome.h"
 #include "tests/support/temp_device.h"
 
 namespace zelto::test {

@@ -4,7 +4,7 @@
 #include <set>
 #include <sys/stat.h>
 
-#include "tests/coredll/files_fixture.h"
+#include "tests/platform/files_fixture.h"
 
 namespace zelto::test {
 namespace {

@@ -1,6 +1,6 @@
 #include <vector>
 
-#include "tests/coredll/shared_objects.h"
+#include "tests/platform/shared_objects.h"
 
 namespace zelto::test {
 namespace {

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "tests/coredll/shared_objects.h"
+#include "tests/platform/shared_objects.h"
 
 namespace {
 
