@@ -1,0 +1,6 @@
+import pathlib
+import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "python"))
+
+pytest_plugins = ["zeltoport.testing"]
