@@ -32,20 +32,6 @@ TEST(Format, SixtyFourBitIntegersAndFullBuffers) {
     EXPECT_EQ(Format(0, "%s", "abcde"), "-1 ");
 }
 
-TEST(Itoa, EveryRadixAndSign) {
-    const struct {
-        int value;
-        int radix;
-        const char* text;
-    } cases[] = {{0, 10, "0"},  {-2147483647 - 1, 10, "-2147483648"},        {-1, 16, "ffffffff"},
-                 {35, 36, "z"}, {-1, 2, "11111111111111111111111111111111"}, {255, 8, "377"},
-                 {5, 37, ""}};
-    for (const auto& test : cases) {
-        char buffer[33];
-        EXPECT_STREQ(_itoa(test.value, buffer, test.radix), test.text);
-    }
-}
-
 TEST(Compare, FoldsToLowerCase) {
     EXPECT_EQ(_stricmp("ABC", "abc"), 0);
     for (const auto& [less, more] :

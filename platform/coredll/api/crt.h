@@ -19,10 +19,6 @@ FILE* _wfopen(const WCHAR* name, const WCHAR* mode);
 int _fseeki64(FILE* file, int64_t offset, int origin);  // 0 on success
 int64_t _ftelli64(FILE* file);                          // -1 on failure
 
-// Writes the value in radix 2 to 36, lower case, at most 33 bytes with the NUL; a minus sign only
-// in radix 10. Returns the buffer.
-char* _itoa(int value, char* buffer, int radix);
-
 // Compare with A-Z folded to lower case; only the sign of the result means anything.
 int _stricmp(const char* a, const char* b);
 int _strnicmp(const char* a, const char* b, size_t count);

@@ -80,7 +80,6 @@ BOOL CopyFileW(LPCWSTR source, LPCWSTR target, BOOL fail_if_exists);
 BOOL MoveFileW(LPCWSTR source, LPCWSTR target);
 
 BOOL CreateDirectoryW(LPCWSTR name, SECURITY_ATTRIBUTES* security);  // 183 taken, 3, 5
-BOOL RemoveDirectoryW(LPCWSTR name);                                 // 145 not empty, 2, 3, 5
 
 // Entries matching * and ? in the last part of the pattern, "." and ".." left out, in no order;
 // *.* matches every name. INVALID_HANDLE_VALUE with 2 nothing matches, 3 no such folder.

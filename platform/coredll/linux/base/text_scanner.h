@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "platform/coredll/linux/base/ascii.h"
+
 namespace zelto::coredll {
 
 // Each call takes its piece from the front and says whether it was there; otherwise the text stays
@@ -30,7 +32,7 @@ class TextScanner {
     bool Number(size_t least, size_t most, int64_t& value) {
         size_t count = 0;
         int64_t read = 0;
-        while (count < most && count < rest_.size() && rest_[count] >= '0' && rest_[count] <= '9')
+        while (count < most && count < rest_.size() && IsAsciiDigit(rest_[count]))
             read = read * 10 + (rest_[count++] - '0');
         if (count < least)
             return false;

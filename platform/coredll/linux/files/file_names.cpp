@@ -1,4 +1,4 @@
-// Calls that work on a file's name: delete, copy, move.
+// Calls that work on names: delete, copy, move, make a folder.
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -28,7 +28,7 @@ class QuietFile {
         if (fd_.IsOpen())
             gate_.emplace(fd_.Get());
     }
-    [[nodiscard]] bool InUse() const { return fd_.IsOpen() && IsInUse(fd_.Get()); }
+    bool InUse() const { return fd_.IsOpen() && IsInUse(fd_.Get()); }
 
   private:
     UniqueFd fd_;
@@ -168,4 +168,14 @@ BOOL MoveFileW(LPCWSTR source, LPCWSTR target) {
     std::string to;
     const DWORD error = HostPaths(source, target, from, to);
     return Answer(error != ERROR_SUCCESS ? error : MoveHostFile(from, to));
+}
+
+BOOL CreateDirectoryW(LPCWSTR name, SECURITY_ATTRIBUTES* /*security*/) {
+    std::string path;
+    const DWORD error = HostPath(name, path);
+    if (error != ERROR_SUCCESS)
+        return Fail(error);
+    if (mkdir(path.c_str(), 0777) == 0)
+        return TRUE;
+    return Fail(errno == ENOENT ? DWORD{ERROR_PATH_NOT_FOUND} : ErrorFromErrno(errno));
 }

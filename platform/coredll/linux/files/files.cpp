@@ -46,7 +46,7 @@ DWORD CheckTransfer(HANDLE file, const void* buffer, DWORD size, const DWORD* do
 
 // Moves bytes with `call` until all are moved, the end is reached or, but for a regular file, the
 // first have come.
-template <typename Call>
+template <class Call>
 BOOL Transfer(DWORD size, DWORD* done, bool to_the_last, Call call) {
     while (*done < size) {
         const DWORD chunk = std::min(size - *done, kChunk);

@@ -113,7 +113,7 @@ DWORD OpenSearch(LPCWSTR text, Search& search) {
 }
 
 Search* SearchOf(uintptr_t word) {
-    return reinterpret_cast<Search*>(word);  // NOLINT(performance-no-int-to-ptr)
+    return reinterpret_cast<Search*>(word);
 }
 
 }  // namespace

@@ -2,14 +2,9 @@
 
 #include <string>
 
+#include "platform/coredll/linux/base/ascii.h"
+
 namespace zelto::coredll {
-namespace {
-
-WCHAR Fold(WCHAR unit) {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<WCHAR>(unit + (u'a' - u'A')) : unit;
-}
-
-}  // namespace
 
 bool ValidWindowText(LPCWSTR text) {
     return text != nullptr && std::char_traits<WCHAR>::length(text) <= kMaxWindowText;
@@ -22,11 +17,7 @@ void CopyWindowText(WCHAR* to, LPCWSTR text) {
 }
 
 bool SameWindowText(const WCHAR* text, LPCWSTR asked) {
-    if (asked == nullptr)
-        return true;
-    for (; *text != 0 && Fold(*text) == Fold(*asked); ++text)
-        ++asked;
-    return Fold(*text) == Fold(*asked);
+    return asked == nullptr || SameFolded(text, asked);
 }
 
 }  // namespace zelto::coredll

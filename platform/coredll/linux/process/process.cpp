@@ -9,7 +9,7 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "platform/coredll/api/crt.h"
+#include "platform/coredll/linux/base/ascii.h"
 #include "platform/coredll/linux/base/device.h"
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/paths.h"
@@ -32,16 +32,11 @@ uintptr_t InstanceOfError(DWORD error) {
 }
 
 HINSTANCE ToInstance(uintptr_t number) {
-    return reinterpret_cast<HINSTANCE>(number);  // NOLINT(performance-no-int-to-ptr)
+    return reinterpret_cast<HINSTANCE>(number);
 }
 
 bool IsOpenVerb(LPCWSTR verb) {
-    if (verb == nullptr || *verb == 0)
-        return true;
-    std::u16string text(verb, std::min<size_t>(wcslen(verb), 5));
-    for (WCHAR& unit : text)
-        unit = unit >= u'A' && unit <= u'Z' ? static_cast<WCHAR>(unit + ('a' - 'A')) : unit;
-    return text == u"open";
+    return verb == nullptr || *verb == 0 || SameFolded(verb, u"open");
 }
 
 // Cuts at blanks outside of quotes. A backslash is an ordinary character, as paths need it.
@@ -50,7 +45,7 @@ std::vector<std::u16string> SplitParameters(std::u16string_view text) {
     bool in_word = false;
     bool quoted = false;
     for (const WCHAR unit : text) {
-        if (!quoted && (unit == u' ' || unit == u'\t')) {
+        if (!quoted && IsAsciiBlank(unit)) {
             in_word = false;
             continue;
         }

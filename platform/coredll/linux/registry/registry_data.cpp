@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
+#include "platform/coredll/linux/base/ascii.h"
 #include "platform/coredll/linux/base/unicode.h"
 
 namespace zelto::coredll {
 namespace {
 
 char16_t FoldUnit(char16_t unit) {
-    const bool upper =
-        (unit >= u'A' && unit <= u'Z') || (unit >= 0xC0 && unit <= 0xDE && unit != 0xD7);
-    return upper ? static_cast<char16_t>(unit + 0x20) : unit;
+    const bool upper = unit >= 0xC0 && unit <= 0xDE && unit != 0xD7;
+    return upper ? static_cast<char16_t>(unit + 0x20) : FoldAscii(unit);
 }
 
 const char* NameProblem(std::u16string_view name) {

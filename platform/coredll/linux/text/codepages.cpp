@@ -26,10 +26,7 @@ class HostConverter {
     HostConverter(const HostConverter&) = delete;
     HostConverter& operator=(const HostConverter&) = delete;
 
-    [[nodiscard]] bool IsOpen() const {
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): how the host says that it failed
-        return handle_ != reinterpret_cast<iconv_t>(intptr_t{-1});
-    }
+    bool IsOpen() const { return handle_ != reinterpret_cast<iconv_t>(intptr_t{-1}); }
 
     // Converts one character of its own. Result: the bytes it became, 0 for none; `incomplete`
     // tells whether more input was needed. `out` has room for kRoom bytes.

@@ -19,13 +19,13 @@ class CodePage {
 
     // `left` is at least 1. Of a pair without a meaning, the second byte is left in the text when
     // it is ASCII.
-    [[nodiscard]] Taken Take(const unsigned char* bytes, size_t left) const;
+    Taken Take(const unsigned char* bytes, size_t left) const;
 
     // Writes the character's 1 or 2 bytes and returns how many; 0 when the page lacks it.
     size_t Put(char32_t value, unsigned char* out) const;
 
     // Whether the byte is the first of two.
-    [[nodiscard]] bool IsLead(unsigned char byte) const { return trail_row_[byte] != 0; }
+    bool IsLead(unsigned char byte) const { return trail_row_[byte] != 0; }
 
   private:
     static constexpr WCHAR kNone = 0xFFFF;  // no page holds this value
@@ -35,7 +35,7 @@ class CodePage {
     CodePage();
     void Assign(uint16_t code, WCHAR value);
     void AssignCode(WCHAR value, uint16_t code);
-    [[nodiscard]] uint16_t CodeOf(WCHAR value) const;
+    uint16_t CodeOf(WCHAR value) const;
     friend class CodePageMaker;
 
     std::array<WCHAR, 256> single_;         // kNone: a lead byte or nothing

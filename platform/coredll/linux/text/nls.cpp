@@ -20,7 +20,7 @@ constexpr UINT kAnsiPage = 1252;
 constexpr UINT kOemPage = 437;
 
 // The target: what fits of it. Without room it counts only.
-template <typename Unit>
+template <class Unit>
 class Output {
   public:
     Output(Unit* target, int size) : target_(target), room_(static_cast<size_t>(size)) {}
@@ -40,7 +40,7 @@ class Output {
     }
 
     // As much of the text's beginning as is ASCII and fits; returns how much that is.
-    template <typename Source>
+    template <class Source>
     size_t PutAscii(std::basic_string_view<Source> text) {
         const size_t most = room_ == 0 ? text.size() : std::min(text.size(), room_ - used_);
         if (most == 0 || !IsAscii(text[0]))
@@ -57,19 +57,19 @@ class Output {
     }
 
     // The call's result.
-    [[nodiscard]] int Count() const {
+    int Count() const {
         return used_ <= INT_MAX ? static_cast<int>(used_) : Fail(ERROR_INVALID_PARAMETER, 0);
     }
 
   private:
     static constexpr size_t kChunk = 16;
 
-    template <typename Source>
+    template <class Source>
     static bool IsAscii(Source unit) {
         return static_cast<std::make_unsigned_t<Source>>(unit) < 0x80;
     }
 
-    template <typename Source>
+    template <class Source>
     static bool IsAsciiChunk(const Source* units) {
         unsigned all = 0;
         for (size_t i = 0; i < kChunk; ++i)
@@ -77,7 +77,7 @@ class Output {
         return all < 0x80;
     }
 
-    template <typename Source>
+    template <class Source>
     void Copy(const Source* units, size_t count, size_t at) {
         if (room_ == 0)
             return;
@@ -133,7 +133,7 @@ size_t Encode(const Utf8Page& page, char32_t value, const Default& /*missing*/, 
     return page.Put(value == kNoCharacter ? kReplacement : value, out);
 }
 
-template <typename Page>
+template <class Page>
 int Narrow(const Page& page, std::u16string_view source, const Default& missing, BOOL* used_default,
            Output<char> output) {
     BOOL used = FALSE;
@@ -158,7 +158,7 @@ int Narrow(const Page& page, std::u16string_view source, const Default& missing,
     return fits ? output.Count() : Fail(ERROR_INSUFFICIENT_BUFFER, 0);
 }
 
-template <typename Page>
+template <class Page>
 int Widen(const Page& page, std::string_view source, bool strict, Output<WCHAR> output) {
     for (;;) {
         source.remove_prefix(output.PutAscii(source));
@@ -178,7 +178,7 @@ int Widen(const Page& page, std::string_view source, bool strict, Output<WCHAR> 
 }
 
 // The source as far as `count` tells, its NUL included when the count is negative.
-template <typename Unit>
+template <class Unit>
 std::basic_string_view<Unit> SourceText(const Unit* source, int count) {
     const size_t length =
         count < 0 ? std::char_traits<Unit>::length(source) + 1 : static_cast<size_t>(count);

@@ -1,9 +1,10 @@
-#include "platform/coredll/api/crt.h"
+// _wfopen and what goes with it.
 
 #include <cerrno>
 #include <string_view>
 #include <sys/stat.h>
 
+#include "platform/coredll/api/crt.h"
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/paths.h"
 
@@ -36,11 +37,6 @@ bool IsFolder(FILE* file) {
     return fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-unsigned char FoldedByte(char byte) {
-    const auto value = static_cast<unsigned char>(byte);
-    return value >= 'A' && value <= 'Z' ? static_cast<unsigned char>(value + ('a' - 'A')) : value;
-}
-
 }  // namespace
 
 FILE* _wfopen(const WCHAR* name, const WCHAR* mode) {
@@ -68,40 +64,4 @@ int _fseeki64(FILE* file, int64_t offset, int origin) {
 
 int64_t _ftelli64(FILE* file) {
     return ftello(file);
-}
-
-char* _itoa(int value, char* buffer, int radix) {
-    if (radix < 2 || radix > 36) {
-        *buffer = '\0';
-        return buffer;
-    }
-    const bool minus = radix == 10 && value < 0;
-    const auto base = static_cast<uint32_t>(radix);
-    uint32_t rest = minus ? 0U - static_cast<uint32_t>(value) : static_cast<uint32_t>(value);
-    char digits[32];
-    size_t count = 0;
-    do {
-        digits[count++] = "0123456789abcdefghijklmnopqrstuvwxyz"[rest % base];
-        rest /= base;
-    } while (rest != 0);
-    char* out = buffer;
-    if (minus)
-        *out++ = '-';
-    while (count > 0)
-        *out++ = digits[--count];
-    *out = '\0';
-    return buffer;
-}
-
-int _stricmp(const char* a, const char* b) {
-    return _strnicmp(a, b, SIZE_MAX);
-}
-
-int _strnicmp(const char* a, const char* b, size_t count) {
-    for (; count > 0; --count, ++a, ++b) {
-        const int difference = FoldedByte(*a) - FoldedByte(*b);
-        if (difference != 0 || *a == '\0')
-            return difference;
-    }
-    return 0;
 }

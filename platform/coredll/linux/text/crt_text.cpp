@@ -1,10 +1,14 @@
-// _vsnprintf: the host's formatter, given the device's dialect and a fixed locale.
+// The run-time library's text functions, in no locale. _vsnprintf is the host's formatter, given
+// the device's dialect.
 
 #include <clocale>
 #include <cstring>
 #include <locale.h>
 
 #include "platform/coredll/api/crt.h"
+#include "platform/coredll/linux/base/ascii.h"
+
+using namespace zelto::coredll;
 
 namespace {
 
@@ -63,6 +67,10 @@ int FormatInto(char* buffer, size_t size, const char* format, va_list arguments)
     return length < 0 || static_cast<size_t>(length) > size ? -1 : length;
 }
 
+unsigned char FoldedByte(char byte) {
+    return FoldAscii(static_cast<unsigned char>(byte));
+}
+
 }  // namespace
 
 int _vsnprintf(char* buffer, size_t size, const char* format, va_list arguments) {
@@ -70,4 +78,17 @@ int _vsnprintf(char* buffer, size_t size, const char* format, va_list arguments)
     if (std::strstr(format, "I64") == nullptr)
         return FormatInto(buffer, size, format, arguments);
     return FormatInto(buffer, size, HostFormat(format).c_str(), arguments);
+}
+
+int _stricmp(const char* a, const char* b) {
+    return _strnicmp(a, b, SIZE_MAX);
+}
+
+int _strnicmp(const char* a, const char* b, size_t count) {
+    for (; count > 0; --count, ++a, ++b) {
+        const int difference = FoldedByte(*a) - FoldedByte(*b);
+        if (difference != 0 || *a == '\0')
+            return difference;
+    }
+    return 0;
 }
