@@ -6,7 +6,6 @@
 #include "platform/coredll/api/base.h"
 
 enum : DWORD {
-    EVENT_PULSE = 1,  // not offered: EventModify answers 120
     EVENT_RESET = 2,
     EVENT_SET = 3,
 

@@ -5,7 +5,7 @@
 
 #include "platform/coredll/api/base.h"
 
-enum : UINT { CP_ACP = 0, CP_OEMCP = 1, CP_UTF7 = 65000, CP_UTF8 = 65001 };
+enum : UINT { CP_ACP = 0, CP_OEMCP = 1, CP_UTF8 = 65001 };
 enum : DWORD { MB_PRECOMPOSED = 1, MB_ERR_INVALID_CHARS = 8 };
 
 extern "C" {

@@ -6,14 +6,9 @@
 #include "platform/coredll/api/base.h"
 #include "platform/coredll/api/windows.h"
 
-enum : DWORD {
-    SEE_MASK_NOCLOSEPROCESS = 0x40,  // not offered: hProcess stays null
-    SEE_MASK_FLAG_NO_UI = 0x400,     // no box is ever shown here
-};
-
 struct SHELLEXECUTEINFO {
     DWORD cbSize;  // sizeof(SHELLEXECUTEINFO), checked
-    DWORD fMask;
+    DWORD fMask;   // without effect: no box is shown, hProcess stays null
     HWND hwnd;
     LPCWSTR lpVerb;        // null or "open", without regard to case
     LPCWSTR lpFile;        // the program's full path

@@ -14,12 +14,9 @@ enum : DWORD {
     KEY_QUERY_VALUE = 0x1,
     KEY_SET_VALUE = 0x2,
 
-    REG_NONE = 0,
     REG_SZ = 1,
-    REG_EXPAND_SZ = 2,
     REG_BINARY = 3,
     REG_DWORD = 4,
-    REG_MULTI_SZ = 7,
 
     REG_CREATED_NEW_KEY = 1,
     REG_OPENED_EXISTING_KEY = 2,

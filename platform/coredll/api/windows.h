@@ -21,16 +21,12 @@ enum : UINT {
 };
 enum : WPARAM { SIZE_RESTORED = 0, SIZE_MINIMIZED = 1 };
 
-// The device's numbers; RESTORE and MAXIMIZE differ from the desktop's.
+// The device's numbers; RESTORE differs from the desktop's.
 enum : int {
     SW_HIDE = 0,
-    SW_SHOWNORMAL = 1,
-    SW_SHOWNOACTIVATE = 4,
     SW_SHOW = 5,
     SW_MINIMIZE = 6,
     SW_SHOWNA = 8,
-    SW_SHOWMAXIMIZED = 11,
-    SW_MAXIMIZE = 12,
     SW_RESTORE = 13,
 };
 

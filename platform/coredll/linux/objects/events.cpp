@@ -178,8 +178,6 @@ BOOL EventModify(HANDLE event, DWORD operation) {
         case EVENT_RESET:
             state->signalled.store(0);
             return TRUE;
-        case EVENT_PULSE:
-            return Fail(ERROR_CALL_NOT_IMPLEMENTED);
         default:
             return Fail(ERROR_INVALID_PARAMETER);
     }
