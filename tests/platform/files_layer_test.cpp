@@ -2,7 +2,7 @@
 
 #include <sys/stat.h>
 
-#include "tests/platform/files_fixture.h"
+#include "tests/platform/host_files.h"
 
 namespace zelto::test {
 namespace {
@@ -10,7 +10,7 @@ namespace {
 constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
-class FileCalls : public FilesFixture {
+class FileCalls : public HostFiles {
   protected:
     // Outcome and the bytes: "ok abc".
     static std::string Read(HANDLE file, DWORD size) {

@@ -11,7 +11,7 @@ namespace zelto::test {
 
 // "ok": succeeded and left the last error alone; "ok 183": succeeded and set it; "32": failed with
 // it. `call` answers BOOL.
-template <typename Call>
+template <class Call>
 std::string Outcome(Call call) {
     constexpr DWORD kPreset = 4711;
     SetLastError(kPreset);

@@ -1,12 +1,12 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
-#include "tests/platform/files_fixture.h"
+#include "tests/platform/host_files.h"
 
 namespace zelto::test {
 namespace {
 
-class Programs : public FilesFixture {
+class Programs : public HostFiles {
   protected:
     void PutProgram(const std::string& name, const std::string& text) const {
         Put(name, text);

@@ -2,7 +2,7 @@
 #include <sys/wait.h>
 
 #include "platform/coredll/linux/registry/registry_file.h"
-#include "tests/platform/files_fixture.h"
+#include "tests/platform/host_files.h"
 
 namespace zelto::test {
 namespace {
@@ -38,7 +38,7 @@ std::string Bytes(std::u16string_view text) {
     return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
 }
 
-class RegistryCalls : public FilesFixture {
+class RegistryCalls : public HostFiles {
   protected:
     const char* kFile = "device/registry";
     HKEY key_ = nullptr;

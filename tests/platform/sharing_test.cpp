@@ -4,7 +4,7 @@
 #include <sys/wait.h>
 
 #include "platform/coredll/linux/files/file_sharing.h"
-#include "tests/platform/files_fixture.h"
+#include "tests/platform/host_files.h"
 
 namespace zelto::test {
 namespace {
@@ -12,12 +12,12 @@ namespace {
 constexpr DWORD kR = GENERIC_READ, kW = GENERIC_WRITE;
 constexpr DWORD kShareR = FILE_SHARE_READ, kShareW = FILE_SHARE_WRITE, kShareRW = kShareR | kShareW;
 
-class Sharing : public FilesFixture {
+class Sharing : public HostFiles {
   protected:
     void SetUp() override { Put("file", "data"); }
 
     std::string Open(DWORD access, DWORD share, DWORD disposition, HANDLE* file = nullptr) const {
-        return FilesFixture::Open(Wide("file"), access, share, disposition, file);
+        return HostFiles::Open(Wide("file"), access, share, disposition, file);
     }
     // From a process of its own.
     std::string OpenElsewhere(DWORD access, DWORD share, DWORD disposition) const {

@@ -83,7 +83,7 @@ TEST(Threads, GoOnWithoutTheirHandle) {
     const HANDLE thread = CreateThread(nullptr, 0, set, done, 0, nullptr);
     EXPECT_TRUE(CloseHandle(thread));
     EXPECT_EQ(WaitForSingleObject(done, INFINITE), WAIT_OBJECT_0);
-    for (const auto& [start, flags] : {std::pair{set, DWORD{CREATE_SUSPENDED}}, {nullptr, 0}}) {
+    for (const auto& [start, flags] : {std::pair{set, DWORD{4}}, {nullptr, 0}}) {
         SetLastError(kPreset);
         EXPECT_EQ(CreateThread(nullptr, 0, start, done, flags, nullptr), nullptr);
         EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);

@@ -32,7 +32,7 @@ class HandleTable {
         slot.word = word;
         const uintptr_t value =
             (uintptr_t{slot.generation} << (kSlotBits + 3)) | (uintptr_t{index + 1} << 2);
-        return reinterpret_cast<HANDLE>(value);  // NOLINT(performance-no-int-to-ptr)
+        return reinterpret_cast<HANDLE>(value);
     }
 
     bool LookUp(HANDLE handle, HandleKind kind, uintptr_t& word, bool take) {

@@ -8,7 +8,7 @@
 namespace zelto::coredll {
 
 // Sets the last error and returns `result`, the failing call's own answer.
-template <typename Result>
+template <class Result>
 Result Fail(DWORD error, Result result) {
     SetLastError(error);
     return result;
@@ -18,7 +18,7 @@ inline BOOL Fail(DWORD error) {
 }
 // For the calls that answer INVALID_HANDLE_VALUE, not null.
 inline HANDLE FailHandle(DWORD error) {
-    return Fail(error, INVALID_HANDLE_VALUE);  // NOLINT(performance-no-int-to-ptr)
+    return Fail(error, INVALID_HANDLE_VALUE);
 }
 
 // The error number that stands for an errno value; 31 (general failure) for one without.

@@ -23,8 +23,8 @@ class UniqueFd {
     UniqueFd& operator=(const UniqueFd&) = delete;
     ~UniqueFd() { Reset(-1); }
 
-    [[nodiscard]] int Get() const { return fd_; }
-    [[nodiscard]] bool IsOpen() const { return fd_ >= 0; }
+    int Get() const { return fd_; }
+    bool IsOpen() const { return fd_ >= 0; }
     int Release() { return std::exchange(fd_, -1); }
     // Leaves errno alone, so that the reason of a failure outlives the clean-up.
     void Reset(int fd) {
@@ -40,7 +40,7 @@ class UniqueFd {
 };
 
 // Repeats a system call that a signal interrupted.
-template <typename Call>
+template <class Call>
 auto RetryInterrupted(Call call) {
     auto result = call();
     while (result < 0 && errno == EINTR)

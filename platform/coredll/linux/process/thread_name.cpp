@@ -37,7 +37,6 @@ void RaiseException(DWORD code, DWORD /*flags*/, DWORD count, const uintptr_t* a
     }
     if (count < 3 || arguments == nullptr || arguments[0] != kNamingRecord)
         return;
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the record holds the name's address
     const auto* name = reinterpret_cast<const char*>(arguments[1]);
     if (name != nullptr)
         NameThread(static_cast<DWORD>(arguments[2]), name);

@@ -32,7 +32,7 @@ struct Thread {
 };
 
 Thread* ThreadOfWord(uintptr_t word) {
-    return reinterpret_cast<Thread*>(word);  // NOLINT(performance-no-int-to-ptr)
+    return reinterpret_cast<Thread*>(word);
 }
 
 void Release(Thread* thread) {
@@ -92,7 +92,7 @@ void CloseThreadWord(uintptr_t word) {
 
 }  // namespace zelto::coredll
 
-using namespace zelto::coredll;  // NOLINT: the calls below are this namespace's face
+using namespace zelto::coredll;
 
 HANDLE CreateThread(SECURITY_ATTRIBUTES*, DWORD, LPTHREAD_START_ROUTINE start, void* parameter,
                     DWORD flags, DWORD* thread_id) {

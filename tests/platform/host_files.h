@@ -1,7 +1,7 @@
 // Files of a test's own, made and looked at past the layer under test.
 
-#ifndef ZELTO_TESTS_PLATFORM_FILES_FIXTURE_H
-#define ZELTO_TESTS_PLATFORM_FILES_FIXTURE_H
+#ifndef ZELTO_TESTS_PLATFORM_HOST_FILES_H
+#define ZELTO_TESTS_PLATFORM_HOST_FILES_H
 
 #include <csignal>
 #include <fstream>
@@ -15,7 +15,7 @@
 
 namespace zelto::test {
 
-class FilesFixture : public testing::Test {
+class HostFiles : public testing::Test {
   protected:
     std::string Host(const std::string& name) const { return device_.Path() + "/" + name; }
     std::u16string Wide(const std::string& name) const { return WidePath(Host(name)); }
