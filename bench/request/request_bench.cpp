@@ -39,7 +39,7 @@ struct Figures {
     int32_t failed;       // result code of the first request that failed
 };
 
-template <typename Body>
+template <class Body>
 double MicrosecondsEach(const Body& body) {
     const auto start = std::chrono::steady_clock::now();
     for (int i = 0; i < kRequestsPerBatch; ++i)

@@ -9,7 +9,7 @@ namespace zelto {
 
 // Runs an export's body. Callers may be written in C: what is thrown becomes a result, and memory
 // that cannot be had is the one thing that fails below.
-template <typename Body>
+template <class Body>
 int32_t Guarded(Body&& body) noexcept {
     try {
         return body();

@@ -64,7 +64,7 @@ int32_t PositionStreet(WCHAR* destination) {
 }
 
 // Text is DString's choice of const char* and const WCHAR*.
-template <typename Text>
+template <class Text>
 DString MessageBoxArguments(Text first, Text second, int32_t first_number, int32_t second_number) {
     DString arguments("1|");
     arguments += first;

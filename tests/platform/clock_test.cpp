@@ -92,7 +92,7 @@ class DeviceClock : public ::testing::Test {
     static std::string Local() { return Read(GetLocalTime); }
 
     // A setter that must fail with the error and change nothing.
-    template <typename Setter, typename Value>
+    template <class Setter, class Value>
     static void Refuses(Setter set, const Value* value, DWORD error) {
         const std::string before = Local();
         SetLastError(kPreset);

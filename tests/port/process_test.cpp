@@ -29,7 +29,7 @@ class Library {
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
 
-    template <typename... Arguments>
+    template <class... Arguments>
     int32_t Call(const char* name, Arguments... arguments) const {
         using Function = int32_t (*)(Arguments...);
         return reinterpret_cast<Function>(dlsym(module_, name))(arguments...);

@@ -40,7 +40,7 @@ BOOL Fail(DWORD error) {
 }
 
 // Writes a call down and tells whether it succeeds; `error` is the last error if it does not.
-template <typename... Parts>
+template <class... Parts>
 BOOL Answer(DWORD error, const char* call, const Parts&... parts) {
     std::ostringstream line;
     line << call;

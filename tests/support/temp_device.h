@@ -53,9 +53,9 @@ class TempDevice {
     TempDevice& operator=(const TempDevice&) = delete;
 
     // The private folder: room for the test's own files.
-    [[nodiscard]] const std::string& Path() const { return path_; }
+    const std::string& Path() const { return path_; }
     // The device's folder within it.
-    [[nodiscard]] std::string Device() const { return path_ + "/device"; }
+    std::string Device() const { return path_ + "/device"; }
 
   private:
     std::string path_;

@@ -30,7 +30,7 @@ class Program {
     std::string ReadAll();
     void Kill();
     int Wait();  // the exit status, or minus the signal
-    [[nodiscard]] pid_t Pid() const { return pid_; }
+    pid_t Pid() const { return pid_; }
 
   private:
     pid_t pid_ = -1;
@@ -55,7 +55,7 @@ class NavigatorTest {
 
     // Starts another one, after the first has gone.
     void Restart(const Words& options);
-    [[nodiscard]] std::string Journal() const { return device.Path() + "/journal"; }
+    std::string Journal() const { return device.Path() + "/journal"; }
 
     TempDevice device;
     std::unique_ptr<Program> navigator;

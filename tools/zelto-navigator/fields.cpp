@@ -8,7 +8,7 @@ namespace zelto::navigator {
 
 namespace {
 
-template <typename Number>
+template <class Number>
 std::optional<Number> ReadWhole(std::string_view text) {
     Number value{};
     const char* end = text.data() + text.size();

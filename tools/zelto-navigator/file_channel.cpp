@@ -19,9 +19,7 @@ class PacketFile {
     PacketFile(const PacketFile&) = delete;
     PacketFile& operator=(const PacketFile&) = delete;
 
-    bool IsOpen() const {
-        return handle_ != INVALID_HANDLE_VALUE;  // NOLINT(performance-no-int-to-ptr)
-    }
+    bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
     HANDLE handle() const { return handle_; }
 
   private:

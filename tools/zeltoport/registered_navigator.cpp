@@ -12,7 +12,7 @@ namespace zelto::tools {
 
 namespace {
 
-const HKEY kRoot = HKEY_LOCAL_MACHINE;  // NOLINT(performance-no-int-to-ptr)
+const HKEY kRoot = HKEY_LOCAL_MACHINE;
 constexpr const WCHAR* kKey = TEXT("SOFTWARE\\ZeltoNav\\General");
 constexpr const WCHAR* kValue = TEXT("Path_EXE");
 

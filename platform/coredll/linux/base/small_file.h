@@ -25,7 +25,7 @@ int ReplaceSmallFile(const std::string& path, std::string_view text);
 class FileLock {
   public:
     explicit FileLock(const std::string& path);
-    [[nodiscard]] bool IsHeld() const { return file_.IsOpen(); }
+    bool IsHeld() const { return file_.IsOpen(); }
 
   private:
     UniqueFd file_;

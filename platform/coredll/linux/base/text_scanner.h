@@ -16,9 +16,9 @@ class TextScanner {
   public:
     explicit TextScanner(std::string_view text) : rest_(text) {}
 
-    [[nodiscard]] bool AtEnd() const { return rest_.empty(); }
-    [[nodiscard]] std::string_view Rest() const { return rest_; }
-    [[nodiscard]] char Peek() const { return rest_.empty() ? '\0' : rest_.front(); }
+    bool AtEnd() const { return rest_.empty(); }
+    std::string_view Rest() const { return rest_; }
+    char Peek() const { return rest_.empty() ? '\0' : rest_.front(); }
     void Skip(size_t count) { rest_.remove_prefix(count); }
 
     bool Literal(std::string_view text) {

@@ -74,7 +74,7 @@ void CloseNamedEvent(Store& store, uintptr_t end) {
 
 EventState* EventOfWord(uintptr_t word) {
     if ((word & kNamedBit) == 0) {
-        return reinterpret_cast<EventState*>(word);  // NOLINT(performance-no-int-to-ptr)
+        return reinterpret_cast<EventState*>(word);
     }
     Store* store = OpenStore();
     if (store == nullptr)
@@ -135,7 +135,7 @@ bool ValidEventName(LPCWSTR name, ObjectName& object_name) {
 
 void CloseEventWord(uintptr_t word) {
     if ((word & kNamedBit) == 0) {
-        delete reinterpret_cast<EventState*>(word);  // NOLINT(performance-no-int-to-ptr)
+        delete reinterpret_cast<EventState*>(word);
     } else if (Store* store = OpenStore()) {
         CloseNamedEvent(*store, word >> 1);
     }
@@ -143,7 +143,7 @@ void CloseEventWord(uintptr_t word) {
 
 }  // namespace zelto::coredll
 
-using namespace zelto::coredll;  // NOLINT: the calls below are this namespace's face
+using namespace zelto::coredll;
 
 HANDLE CreateEventW(SECURITY_ATTRIBUTES*, BOOL manual_reset, BOOL initial, LPCWSTR name) {
     if (name == nullptr)

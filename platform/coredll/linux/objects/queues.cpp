@@ -166,7 +166,7 @@ LookResult LookForRoom(Store& store, uintptr_t end, const WriteRequest& request)
 }
 
 // Looks until done, failed or out of time.
-template <typename LookFunction>
+template <class LookFunction>
 BOOL LookOrWait(Store& store, DWORD timeout, LookFunction look) {
     const Deadline deadline(timeout);
     for (;;) {
@@ -194,7 +194,7 @@ void CloseQueueWord(uintptr_t word) {
 
 }  // namespace zelto::coredll
 
-using namespace zelto::coredll;  // NOLINT: the calls below are this namespace's face
+using namespace zelto::coredll;
 
 HANDLE CreateMsgQueue(LPCWSTR name, const MSGQUEUEOPTIONS* options) {
     ObjectName object_name;

@@ -87,7 +87,7 @@ class StoreFile {
     StoreFile(const StoreFile&) = delete;
     StoreFile& operator=(const StoreFile&) = delete;
 
-    [[nodiscard]] int Get() const { return file_; }
+    int Get() const { return file_; }
 
   private:
     int file_;

@@ -11,8 +11,8 @@ namespace zelto::coredll {
 class Deadline {
   public:
     explicit Deadline(DWORD milliseconds);
-    [[nodiscard]] bool Passed() const { return Left() <= 0; }
-    [[nodiscard]] int64_t Left() const;  // nanoseconds
+    bool Passed() const { return Left() <= 0; }
+    int64_t Left() const;  // nanoseconds
 
   private:
     int64_t end_;

@@ -24,7 +24,7 @@ HWND HandleOf(const Store& store, const WindowSlot& window) {
     const auto index = static_cast<uint32_t>(&window - store.windows);
     const uint32_t value =
         ((window.serial & kSerialMask) << kSerialShift) | ((index + 1) << kSlotShift);
-    return reinterpret_cast<HWND>(uintptr_t{value});  // NOLINT(performance-no-int-to-ptr)
+    return reinterpret_cast<HWND>(uintptr_t{value});
 }
 
 // The window of a handle, dead owner or not; null when there is none. Lock held.
@@ -154,7 +154,7 @@ bool ApplyShow(Store& store, WindowSlot& window, int command) {
 }
 
 // Runs `change` on a live window under the lock and wakes its owner; FALSE with 1400 without one.
-template <typename Change>
+template <class Change>
 BOOL ChangeWindow(HWND handle, Change change) {
     Store* store = OpenStore();
     if (store == nullptr || !WindowLives(*store, handle))
@@ -207,7 +207,7 @@ Taken TakeMessage(Store& store, HWND handle, MSG& message, uint32_t& seen) {
 }  // namespace
 }  // namespace zelto::coredll
 
-using namespace zelto::coredll;  // NOLINT: the calls below are this namespace's face
+using namespace zelto::coredll;
 
 HWND CreateWindowExW(DWORD, LPCWSTR class_name, LPCWSTR title, DWORD style, int, int, int, int,
                      HWND, void*, HINSTANCE, void*) {

@@ -20,7 +20,7 @@ struct OpenKey {
 constexpr uintptr_t kFirstRoot = 0x80000000u;
 
 std::u16string* PathOfWord(uintptr_t word) {
-    return &reinterpret_cast<OpenKey*>(word)->path;  // NOLINT(performance-no-int-to-ptr)
+    return &reinterpret_cast<OpenKey*>(word)->path;
 }
 
 bool IsRootKey(HKEY key) {
@@ -193,6 +193,6 @@ LONG RegCloseKey(HKEY key) {
     uintptr_t word = 0;
     if (!TakeHandle(key, HandleKind::kRegistryKey, word))
         return ERROR_INVALID_HANDLE;
-    delete reinterpret_cast<OpenKey*>(word);  // NOLINT(performance-no-int-to-ptr)
+    delete reinterpret_cast<OpenKey*>(word);
     return ERROR_SUCCESS;
 }

@@ -49,12 +49,12 @@ class Registry {
     Registry();
 
     // Null when there is no such key.
-    [[nodiscard]] RegistryKey* Find(std::u16string_view path);
+    RegistryKey* Find(std::u16string_view path);
     // The key, made with its parents where they miss. The path must be without problem.
     RegistryKey& Add(std::u16string_view path, bool& made);
 
     // In an order that depends on the names only; a key comes after its parents.
-    [[nodiscard]] const std::map<std::u16string, RegistryKey>& Keys() const { return keys_; }
+    const std::map<std::u16string, RegistryKey>& Keys() const { return keys_; }
 
   private:
     std::map<std::u16string, RegistryKey> keys_;  // by folded path

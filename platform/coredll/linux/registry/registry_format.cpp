@@ -7,7 +7,7 @@
 namespace zelto::coredll {
 namespace {
 
-template <typename... Arguments>
+template <class... Arguments>
 void AppendFormat(std::string& out, const char* format, Arguments... arguments) {
     char text[24];
     out.append(text, static_cast<size_t>(std::snprintf(text, sizeof text, format, arguments...)));

@@ -56,7 +56,7 @@ class LineReader {
         else
             ReadValue(text);
     }
-    [[nodiscard]] bool Ended() const { return ended_; }
+    bool Ended() const { return ended_; }
 
   private:
     void ReadKey(std::string_view text) {

@@ -18,7 +18,7 @@ int DaysBeforeMonth(int month, int year) {
     return kDaysBefore[month - 1] + (month > 2 && IsLeapYear(year) ? 1 : 0);
 }
 
-template <typename Field>
+template <class Field>
 WORD AsWord(Field value) {
     return static_cast<WORD>(value);
 }

@@ -46,7 +46,7 @@ BOOL SetUniversal(int64_t ticks) {
 }  // namespace
 }  // namespace zelto::coredll
 
-using namespace zelto::coredll;  // NOLINT: the calls below are this namespace's face
+using namespace zelto::coredll;
 
 DWORD GetTickCount() {
     constexpr int64_t kNanosecondsPerMillisecond = 1'000'000;

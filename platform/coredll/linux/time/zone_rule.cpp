@@ -50,9 +50,7 @@ class Neighbours {
     }
 
     // Before the first transition of all, the other kind of time holds.
-    [[nodiscard]] bool IsDaylight() const {
-        return has_before_ ? daylight_since_ : !daylight_next_;
-    }
+    bool IsDaylight() const { return has_before_ ? daylight_since_ : !daylight_next_; }
 
   private:
     int64_t moment_;
