@@ -68,16 +68,22 @@ TEST(WideOpen, ModesPositionsAndFailures) {
         EXPECT_EQ(_ftelli64(file), far);
         std::fclose(file);
     }
+    chmod((device.Path() + "/f").c_str(), 0444);
     const struct {
         const char* leaf;
         const char16_t* mode;
         DWORD error;
     } failures[] = {{"/none", u"r", 2}, {"/none/f", u"w", 3}, {"/device", u"r", 5},
-                    {"/f", u"x", 87},   {"/f", u"rq", 87},    {"/a*", u"w", 123}};
+                    {"/f", u"x", 87},   {"/f", u"rq", 87},    {"/a*", u"w", 123},
+                    {"/f", u"w", 5},    {"/f", u"a", 5},      {"/f", u"r+", 5}};
     for (const auto& test : failures) {
         EXPECT_EQ(open(test.leaf, test.mode), nullptr);
         EXPECT_EQ(GetLastError(), test.error) << test.leaf;
     }
+    FILE* file = open("/f", u"r");
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(std::fgetc(file), 'o') << "neither cut nor out of reach";
+    std::fclose(file);
 }
 
 }  // namespace

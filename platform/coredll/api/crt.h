@@ -14,7 +14,8 @@ extern "C" {
 
 // The standard library's FILE on a wide name (mapped as in files.h) and mode: r, w or a, then any
 // of + b t (text mode translates nothing here). Null on failure, with the last error: 2, 3, 5 not
-// permitted or a folder, 87 mode, and those of the name.
+// permitted, a folder, or read-only and not opened for reading alone; 87 mode, and those of the
+// name.
 FILE* _wfopen(const WCHAR* name, const WCHAR* mode);
 int _fseeki64(FILE* file, int64_t offset, int origin);  // 0 on success
 int64_t _ftelli64(FILE* file);                          // -1 on failure

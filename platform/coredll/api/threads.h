@@ -45,7 +45,8 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES* security, DWORD stack_size, LPTHREAD_ST
 // THREAD_PRIORITY_ERROR_RETURN with 6 for a bad handle.
 int GetThreadPriority(HANDLE thread);
 
-// Errors: 6, 87 out of range. Recorded; the host's scheduler is told where the user may.
+// Errors: 6, 87 out of range. Recorded; below normal the host's scheduler is told, too, counting
+// from what the process has and where the user may.
 BOOL SetThreadPriority(HANDLE thread, int priority);
 
 // Only the thread-naming exception 0x406D1388 is known: it names the thread whose id is the third

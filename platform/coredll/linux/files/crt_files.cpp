@@ -1,14 +1,17 @@
 // _wfopen and what goes with it.
 
 #include <cerrno>
-#include <string_view>
+#include <string>
 #include <sys/stat.h>
 
 #include "platform/coredll/api/crt.h"
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/paths.h"
+#include "platform/coredll/linux/files/file_status.h"
 
 static_assert(sizeof(off_t) == 8, "file positions take 64 bits");
+
+using namespace zelto::coredll;
 
 namespace {
 
@@ -32,15 +35,20 @@ bool HostMode(const WCHAR* mode, char (&host)[4]) {
     return true;
 }
 
-bool IsFolder(FILE* file) {
+bool Writes(const char* host_mode) {
+    return host_mode[0] != 'r' || host_mode[1] == '+';
+}
+
+// What the host would open: a folder, and as the superuser a file that nobody may write.
+bool IsRefused(const std::string& path, bool writes) {
     struct stat status {};
-    return fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode);
+    return stat(path.c_str(), &status) == 0 &&
+           (S_ISDIR(status.st_mode) || (writes && IsReadOnlyMode(status.st_mode)));
 }
 
 }  // namespace
 
 FILE* _wfopen(const WCHAR* name, const WCHAR* mode) {
-    using namespace zelto::coredll;
     char host_mode[4];
     if (!HostMode(mode, host_mode))
         return Fail(ERROR_INVALID_PARAMETER, static_cast<FILE*>(nullptr));
@@ -48,14 +56,10 @@ FILE* _wfopen(const WCHAR* name, const WCHAR* mode) {
     const DWORD name_error = HostPath(name, path);
     if (name_error != ERROR_SUCCESS)
         return Fail(name_error, static_cast<FILE*>(nullptr));
-    FILE* file = std::fopen(path.c_str(), host_mode);
-    if (file == nullptr)
-        return Fail(PathError(errno, path), file);
-    if (IsFolder(file)) {  // the host opens one for reading
-        std::fclose(file);
+    if (IsRefused(path, Writes(host_mode)))
         return Fail(ERROR_ACCESS_DENIED, static_cast<FILE*>(nullptr));
-    }
-    return file;
+    FILE* file = std::fopen(path.c_str(), host_mode);
+    return file != nullptr ? file : Fail(PathError(errno, path), file);
 }
 
 int _fseeki64(FILE* file, int64_t offset, int origin) {

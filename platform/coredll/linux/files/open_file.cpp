@@ -6,6 +6,7 @@
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/paths.h"
 #include "platform/coredll/linux/files/file_sharing.h"
+#include "platform/coredll/linux/files/file_status.h"
 
 namespace zelto::coredll {
 namespace {
@@ -106,8 +107,7 @@ DWORD OpenAndClaim(const std::string& path, const OpenRequest& request, OpenedFi
     if (S_ISDIR(status.st_mode))
         return ERROR_ACCESS_DENIED;
     file.is_regular = S_ISREG(status.st_mode);
-    const bool read_only = (status.st_mode & 0222) == 0;
-    if (file.existed && read_only && Writes(request))
+    if (file.existed && IsReadOnlyMode(status.st_mode) && Writes(request))
         return ERROR_ACCESS_DENIED;  // also for a user whom the host would let
     LetWait(file.fd.Get());
     return file.is_regular ? ClaimAndTruncate(request, file) : DWORD{ERROR_SUCCESS};

@@ -55,9 +55,14 @@ void* RunThread(void* argument) {
     return nullptr;
 }
 
-// The host's nice value for each priority. Only lowering is asked for: raising is not every
-// user's right, and would put the whole host behind one device.
-constexpr int kNice[] = {0, 0, 0, 0, 5, 10, 15, 19};
+// How much nicer than its process a thread of each priority is. None is less nice: raising is not
+// every user's right, and would put the whole host behind one device.
+constexpr int kNicer[] = {0, 0, 0, 0, 5, 10, 15, 19};
+
+void TellHost(DWORD thread_id, int priority) {
+    const int process = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
+    setpriority(PRIO_PROCESS, thread_id, process + kNicer[priority]);  // the host cuts at 19
+}
 
 // The thread was found by a handle that stays open during the call.
 Thread* ThreadOfHandle(HANDLE handle) {
@@ -133,6 +138,6 @@ BOOL SetThreadPriority(HANDLE handle, int priority) {
     const std::lock_guard lock(thread->mutex);
     thread->priority = priority;
     if (thread->state.load() != kEnded)  // its id is still its own
-        setpriority(PRIO_PROCESS, thread->id, kNice[priority]);
+        TellHost(thread->id, priority);
     return TRUE;
 }
