@@ -28,8 +28,9 @@ class Programs : public HostFiles {
 TEST_F(Programs, AProgramStartsDetached) {
     ASSERT_EQ(mkfifo(Host("out").c_str(), 0600), 0);
     PutProgram("a program",
-               "#!/bin/sh\nexec > '" + Host("out") + "'\n" +
-                   R"(printf '[%s]' "$@" $ZELTO_DEVICE $PWD $(readlink /proc/$$/fd/0)
+               "#!/bin/sh\nfiles=$(cd /proc/$$/fd; readlink 0 1 2)\nexec > '" + Host("out") +
+                   "'\n" +
+                   R"(printf '[%s]' "$@" $ZELTO_DEVICE $PWD $files
                       [ -e /proc/$$/fd/77 ] && echo leaked
                       grep -E '^Sig(Blk|Ign)' /proc/$$/status | tr -d '\t\n'
                       sed 's/.*) //' /proc/$$/stat | cut -d' ' -f4)");  // its session
@@ -44,13 +45,16 @@ TEST_F(Programs, AProgramStartsDetached) {
     ASSERT_EQ(Start(Wide("a program"), u" a\\b  \"c d\"e \"\"\t\xF1 ", u"OPEN"), "ok/42");
     const std::string out = Get("out");  // until the program has ended
     const std::string expected = "[a\\b][c de][][\xC3\xB1][" + device_.Device() +
-                                 "][/][/dev/null]"
+                                 "][/][/dev/null][/dev/null][/dev/null]"
                                  "SigBlk:0000000000000000SigIgn:0000000000000000";
     EXPECT_EQ(out.substr(0, expected.size()), expected);
     EXPECT_NE(out.substr(expected.size()), std::to_string(getsid(0)) + "\n");
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);  // no child, so no zombie
     sigprocmask(SIG_BLOCK, nullptr, &mask);
     EXPECT_TRUE(sigismember(&mask, SIGTERM) == 1 && sigismember(&mask, SIGUSR1) == 0);
+    const std::string tell = "-c \"echo $0 $# > '" + Host("out") + "'\"";
+    ASSERT_EQ(Start(u"\\bin\\sh", WideFromUtf8(tell).c_str()), "ok/42");
+    EXPECT_EQ(Get("out"), "/bin/sh 0\n");
 }
 
 TEST_F(Programs, AProgramThatCannotStart) {

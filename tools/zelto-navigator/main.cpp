@@ -1,8 +1,10 @@
 // zelto-navigator: a navigator to develop and test clients against.
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <fmt/core.h>
 
+#include "platform/coredll/linux/base/console.h"
 #include "platform/coredll/linux/base/device.h"
 #include "platform/coredll/linux/objects/store.h"
 #include "tools/zelto-navigator/queries.h"
@@ -30,8 +32,9 @@ std::string Manual() {
     for (const RefusalText& refusal : kRefusals)
         text += fmt::format("  {} {}\n", static_cast<int>(refusal.number), refusal.words);
     text += "\nThe device is the directory named by ZELTO_DEVICE, else the user's default;\n";
-    text += "\"zeltoport device init\" makes it. Exit status: 0 closed, 1 no device, no window\n";
-    text += "or no journal.";
+    text += "\"zeltoport device init\" makes it. Started by a client, or with its output sent to\n";
+    text += "/dev/null, it appends what it prints to navigator.log there.\n";
+    text += "Exit status: 0 closed, 1 no device, no window or no journal.";
     return text;
 }
 
@@ -49,8 +52,18 @@ void AddFaultOptions(CLI::App& app, Faults& faults) {
         ->group(group);
 }
 
+// What a client starts has nobody to print to: its lines are kept in the device.
+void KeepLog() {
+    const std::string path = zelto::coredll::DeviceFile("navigator.log");
+    for (std::FILE* stream : {stdout, stderr}) {
+        if (zelto::coredll::IsNowhere(stream))
+            (void)!std::freopen(path.c_str(), "a", stream);
+    }
+}
+
 int Serve(const ServiceOptions& options, const std::string& journal_path) {
     std::string why;
+    KeepLog();
     if (zelto::coredll::CheckDevice(&why))
         why = zelto::coredll::StoreProblem();
     if (!why.empty()) {

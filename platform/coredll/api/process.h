@@ -28,9 +28,9 @@ static_assert(sizeof(void*) != 4 || sizeof(SHELLEXECUTEINFO) == 60);
 
 extern "C" {
 
-// Starts a detached program: a session of its own, standard input and open files of ours not
-// passed on. Errors: 87 (cbSize, no file), 2 no such file, 3 no such folder, 5 not executable or a
-// folder, 193 not a program, 1155 a verb other than open, 8 no process to be had.
+// Starts a detached program: a session of its own, and no file of ours, not even standard input,
+// output and errors. Errors: 87 (cbSize, no file), 2 no such file, 3 no such folder, 5 not
+// executable or a folder, 193 not a program, 1155 a verb other than open, 8 no process to be had.
 BOOL ShellExecuteEx(SHELLEXECUTEINFO* info);
 
 // Full path of a module (null: the running program). Result: units written without the NUL;

@@ -38,14 +38,12 @@ void CloseOurFilesAtStart() {
         fcntl(fd, F_SETFD, FD_CLOEXEC);
 }
 
-// Reads nothing; an output that we do not have goes nowhere.
+// Who waits for the end of our output shall not wait for the program's.
 void SetStandardFiles() {
-    close(STDIN_FILENO);
-    open("/dev/null", O_RDONLY);  // the lowest number: standard input
-    for (const int fd : {STDOUT_FILENO, STDERR_FILENO}) {
-        if (fcntl(fd, F_GETFD) < 0)
-            open("/dev/null", O_WRONLY);
-    }
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        close(fd);
+    for (const int mode : {O_RDONLY, O_WRONLY, O_WRONLY})
+        open("/dev/null", mode);  // the lowest number that is free
 }
 
 [[noreturn]] void ReportAndExit(const Launch& launch) {

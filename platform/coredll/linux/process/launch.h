@@ -8,10 +8,10 @@
 
 namespace zelto::coredll {
 
-// Starts the program in a session of its own: nobody's child to wait for, standard input empty,
-// output and errors where ours go, no other file of ours, no signal blocked or ignored, the root
-// as its folder, our environment. Returns when the program runs: 0, or the errno value that kept
-// it from running. Safe from any thread.
+// Starts the program in a session of its own: nobody's child to wait for, no file of ours (its
+// standard input is empty, its output and errors go nowhere), no signal blocked or ignored, the
+// root as its folder, our environment. Returns when the program runs: 0, or the errno value that
+// kept it from running. Safe from any thread.
 int StartDetached(const std::string& path, const std::vector<std::string>& arguments);
 
 }  // namespace zelto::coredll
