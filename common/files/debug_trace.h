@@ -5,7 +5,8 @@
 
 namespace zelto {
 
-// Receives one line without its end. May be called from any thread.
+// Receives one line without its end.
+// Thread safety: may be called from any thread.
 using DebugTraceSink = void (*)(const char* line);
 
 // Thread safety: both from any thread.

@@ -22,7 +22,8 @@ namespace detail {
 inline std::atomic<int32_t> current_codepage = 0;
 }
 
-// Process-wide; 0 at first. Any thread may ask and set it.
+// Process-wide; 0 at first.
+// Thread safety: any thread may ask and set it.
 inline int32_t CurrentCodepage() {
     return detail::current_codepage.load(std::memory_order_relaxed);
 }

@@ -9,11 +9,13 @@ namespace zelto {
 
 // Seconds since 1970-01-01 00:00:00 of the same clock as the value: no zone is applied. The range
 // is that of the system's calendar, 1601 to 30827, with real century leap years; a value that is
-// no moment of it (the null value, 31 February, second 60) gives a not-a-number. Any thread.
+// no moment of it (the null value, 31 February, second 60) gives a not-a-number.
+// Thread safety: any thread.
 double ToSeconds(const DDateTime& value);
 
 // The way back, cut to milliseconds. A count before 1601, after 30827 or not a number gives the
-// null value. Any thread.
+// null value.
+// Thread safety: any thread.
 DDateTime FromSeconds(double seconds);
 
 // Through the seconds count; what has none (see above) becomes the null value.
@@ -44,7 +46,8 @@ struct LocalTime : DDateTime {
     LocalTime(const DDateTime& value, double offset);
 };
 
-// The device's clock, to the millisecond. Any thread.
+// The device's clock, to the millisecond.
+// Thread safety: any thread.
 DDateTime NowLocal();
 UniversalTime NowUniversal();
 double NowSeconds();  // of universal time
@@ -74,7 +77,7 @@ bool DaylightPeriod(int32_t year, DDateTime& begin, DDateTime& end);
 void RefreshZoneOffset();
 
 // Universal time less local time in seconds, as of the last refresh; 0.0 before the first.
-// One unsynchronised value for the process: threads that change the zone must serialise.
+// Thread safety: one unsynchronised value for the process; threads that change the zone serialise.
 double ZoneOffset();
 
 }  // namespace zelto

@@ -6,7 +6,7 @@
 packages_for() {
     case "$1" in
     tools) printf '%s\n' cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libfmt-dev ;;
-    tests) printf '%s\n' libgtest-dev libgmock-dev zlib1g-dev python3 ;;
+    tests) printf '%s\n' libgtest-dev libgmock-dev zlib1g-dev python3 tzdata ;;
     bench) printf '%s\n' libbenchmark-dev ;;
     lint) printf '%s\n' clang clang-format clang-tidy ;;
     *)

@@ -24,7 +24,7 @@ inline constexpr DWORD kMaxMessage = 1024;
 // announces again while it waits for a late reply writes nothing at all.
 inline constexpr DWORD kRequestWait = 300;
 
-// One announced request. Not safe for use by several threads.
+// One announced request. Thread safety: none; used by one thread.
 class Exchange {
   public:
     virtual ~Exchange() = default;

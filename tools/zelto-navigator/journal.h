@@ -16,7 +16,7 @@ struct JournalEntry {
     int64_t microseconds = 0;
 };
 
-// Not safe for use by several threads.
+// Thread safety: none; used by one thread.
 class Journal {
   public:
     // Opens the file for appending. False when it cannot be written.

@@ -32,8 +32,8 @@ struct ServiceOptions {
     Faults faults;
 };
 
-// One per process: the window of a second navigator on the same device is refused. Not safe for
-// use by several threads.
+// One per process: the window of a second navigator on the same device is refused.
+// Thread safety: none; used by one thread.
 class Service {
   public:
     Service(const ServiceOptions& options, Journal& journal);

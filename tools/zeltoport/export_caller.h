@@ -19,7 +19,7 @@ enum class Connect {
     kNone,
 };
 
-// Not safe for use by several threads.
+// Thread safety: none; used by one thread.
 class ExportCaller {
   public:
     explicit ExportCaller(Session& session) : session_(session) {}

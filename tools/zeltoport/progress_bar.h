@@ -9,8 +9,8 @@
 namespace zelto::tools {
 
 // Draws only where standard error is a terminal; elsewhere it does nothing. The line is wiped
-// when the bar goes, so what is printed afterwards starts in a clean line. Not safe for use by
-// several threads.
+// when the bar goes, so what is printed afterwards starts in a clean line.
+// Thread safety: none; used by one thread.
 class ProgressBar {
   public:
     // `total` in whatever unit Update counts; 0 or less: unknown, and only the count is shown.

@@ -29,7 +29,7 @@ class CommandError : public std::runtime_error {
     ExitStatus status_;
 };
 
-// Not safe for use by several threads.
+// Thread safety: none; used by one thread.
 class Session {
   public:
     // The switch behind --json.

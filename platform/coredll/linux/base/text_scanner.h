@@ -11,7 +11,8 @@
 namespace zelto::coredll {
 
 // Each call takes its piece from the front and says whether it was there; otherwise the text stays
-// as it is. Locale-independent. Not for use from several threads at once.
+// as it is. Locale-independent.
+// Thread safety: none; a scanner is used by one thread at a time.
 class TextScanner {
   public:
     explicit TextScanner(std::string_view text) : rest_(text) {}

@@ -9,7 +9,8 @@
 
 namespace zelto::coredll {
 
-// Closes what it holds; -1 is nothing. Not safe for use from several threads at once.
+// Closes what it holds; -1 is nothing.
+// Thread safety: none; used by one thread at a time.
 class UniqueFd {
   public:
     UniqueFd() = default;
