@@ -55,7 +55,7 @@ int Client() {
     return 0;
 }
 
-void RequireNextClientWorks(SharedMaximum& slowest) {
+void RequireNextClientWorks(Longest& slowest) {
     const Stopwatch watch;
     Child next([] {
         bool worked = true;
@@ -87,7 +87,7 @@ void RequireNothingElseRemains() {
 
 enum Victims : unsigned { kClient = 1, kNavigator = 2, kBoth = 3 };
 
-void KillRounds(Victims victims, int rounds, unsigned seed, SharedMaximum& slowest) {
+void KillRounds(Victims victims, int rounds, unsigned seed, Longest& slowest) {
     const Device device;
     std::mt19937 random(seed);
     Child navigator = StartNavigator();
@@ -113,13 +113,13 @@ void Rounds(int rounds) {
     } kinds[] = {{kClient, "client"}, {kNavigator, "navigator"}, {kBoth, "both"}};
     for (const auto& kind : kinds) {
         const Stopwatch watch;
-        SharedMaximum slowest;
+        Shared<Longest> slowest;
         InWorkers(rounds, [&](int worker, int count) {
             KillRounds(kind.victims, count, static_cast<unsigned>(worker) * 7 + kind.victims,
-                       slowest);
+                       *slowest);
         });
         std::printf("kill -9 of %-9s: %d rounds in %.0f s, slowest next client %.0f ms\n",
-                    kind.name, rounds, watch.Seconds(), slowest.Seconds() * 1000);
+                    kind.name, rounds, watch.Seconds(), slowest->Milliseconds());
     }
 }
 

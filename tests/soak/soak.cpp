@@ -1,6 +1,6 @@
 #include "tests/soak/soak.h"
 
-#include <atomic>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -9,7 +9,6 @@
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -106,6 +105,16 @@ bool Child::Lives() const {
     return pid_ > 0 && !EndsWithin(pid_, 0);
 }
 
+void* SharedPages(size_t size) {
+    void* pages = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    Require(pages != MAP_FAILED, "no shared memory");
+    return pages;
+}
+
+void FreeSharedPages(void* pages, size_t size) {
+    munmap(pages, size);
+}
+
 Child StartNavigator() {
     Child navigator({ZELTO_NAVIGATOR_PROGRAM}, "/dev/null");
     const Stopwatch watch;
@@ -130,30 +139,6 @@ void InWorkers(int total, const std::function<void(int worker, int count)>& roun
     for (Child& child : children)
         held = child.Wait(24 * 3600) == 0 && held;
     Require(held, "a worker failed");
-}
-
-struct SharedMaximum::Page {
-    std::atomic<double> seconds;
-};
-
-SharedMaximum::SharedMaximum()
-    : page_(static_cast<Page*>(
-          mmap(nullptr, sizeof(Page), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {
-    Require(page_ != MAP_FAILED, "no shared page");
-}
-
-SharedMaximum::~SharedMaximum() {
-    munmap(page_, sizeof(Page));
-}
-
-void SharedMaximum::Take(double seconds) {
-    double before = page_->seconds.load();
-    while (seconds > before && !page_->seconds.compare_exchange_weak(before, seconds)) {
-    }
-}
-
-double SharedMaximum::Seconds() const {
-    return page_->seconds.load();
 }
 
 int RunSoak(const std::function<void()>& body) {

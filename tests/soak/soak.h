@@ -3,8 +3,10 @@
 #ifndef ZELTO_TESTS_SOAK_SOAK_H
 #define ZELTO_TESTS_SOAK_SOAK_H
 
+#include <atomic>
 #include <chrono>
 #include <functional>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <sys/types.h>
@@ -53,6 +55,10 @@ class Child {
     pid_t pid_ = 0;  // 0: none
 };
 
+// Memory that is this process's and its later children's; throws Failure.
+void* SharedPages(size_t size);
+void FreeSharedPages(void* pages, size_t size);
+
 // Starts the stand-in navigator on the current device and returns once its window is there; throws
 // Failure after five seconds.
 Child StartNavigator();
@@ -61,20 +67,34 @@ Child StartNavigator();
 // one of them fails.
 void InWorkers(int total, const std::function<void(int worker, int count)>& rounds);
 
-// A largest value seen, shared by the processes made after it.
-class SharedMaximum {
+// A T that the processes made after it share. T is trivially destructible.
+template <class T>
+class Shared {
   public:
-    SharedMaximum();
-    SharedMaximum(const SharedMaximum&) = delete;
-    SharedMaximum& operator=(const SharedMaximum&) = delete;
-    ~SharedMaximum();
+    Shared() : value_(new (SharedPages(sizeof(T))) T{}) {}
+    Shared(const Shared&) = delete;
+    Shared& operator=(const Shared&) = delete;
+    ~Shared() { FreeSharedPages(value_, sizeof(T)); }
 
-    void Take(double seconds);
-    double Seconds() const;
+    T* operator->() const { return value_; }
+    T& operator*() const { return *value_; }
 
   private:
-    struct Page;
-    Page* page_;
+    T* value_;
+};
+
+// A largest number of seconds, taken by any process that shares it.
+class Longest {
+  public:
+    void Take(double seconds) {
+        double before = seconds_.load();
+        while (seconds > before && !seconds_.compare_exchange_weak(before, seconds)) {
+        }
+    }
+    double Milliseconds() const { return seconds_.load() * 1000; }
+
+  private:
+    std::atomic<double> seconds_{0};
 };
 
 // Runs a soak program's body: 0, or 1 with words on standard error when it throws.
