@@ -7,7 +7,6 @@
 #include <iconv.h>
 #include <iterator>
 #include <mutex>
-#include <optional>
 
 namespace zelto::coredll {
 namespace {
@@ -48,51 +47,46 @@ class HostConverter {
     iconv_t handle_;
 };
 
-struct PageName {
+struct HostPage {
     UINT number;
-    const char* host_name;
+    const char* name;
 };
 
-constexpr PageName kPageNames[] = {
-    {437, "CP437"},         {737, "CP737"},        {775, "CP775"},        {850, "CP850"},
-    {852, "CP852"},         {855, "CP855"},        {857, "CP857"},        {858, "CP858"},
-    {860, "CP860"},         {861, "CP861"},        {862, "CP862"},        {863, "CP863"},
-    {864, "CP864"},         {865, "CP865"},        {866, "CP866"},        {869, "CP869"},
-    {874, "WINDOWS-874"},   {932, "CP932"},        {936, "CP936"},        {949, "CP949"},
-    {950, "CP950"},         {1250, "CP1250"},      {1251, "CP1251"},      {1252, "CP1252"},
-    {1253, "CP1253"},       {1254, "CP1254"},      {1255, "CP1255"},      {1256, "CP1256"},
-    {1257, "CP1257"},       {1258, "CP1258"},      {1361, "JOHAB"},       {10000, "MACINTOSH"},
-    {20866, "KOI8-R"},      {21866, "KOI8-U"},     {28591, "ISO-8859-1"}, {28592, "ISO-8859-2"},
-    {28593, "ISO-8859-3"},  {28594, "ISO-8859-4"}, {28595, "ISO-8859-5"}, {28596, "ISO-8859-6"},
-    {28597, "ISO-8859-7"},  {28598, "ISO-8859-8"}, {28599, "ISO-8859-9"}, {28603, "ISO-8859-13"},
-    {28605, "ISO-8859-15"},
+constexpr HostPage kHostPages[] = {
+    {932, "CP932"}, {936, "CP936"}, {949, "CP949"}, {950, "CP950"}, {1361, "JOHAB"},
 };
-constexpr size_t kPageCount = std::size(kPageNames);
 
 // Trivially destroyed, so that conversions work while other globals go.
 struct PageList {
     std::mutex making;
-    std::atomic<const CodePage*> pages[kPageCount];
+    std::atomic<const CodePage*> own[kSingleBytePageCount];
+    std::atomic<const CodePage*> host[std::size(kHostPages)];
 };
 constinit PageList g_list{};
 
 struct PageRelease {
     ~PageRelease() {
-        for (auto& page : g_list.pages)
+        for (auto& page : g_list.own)
+            delete page.exchange(nullptr);
+        for (auto& page : g_list.host)
             delete page.exchange(nullptr);
     }
 };
 const PageRelease g_release;
 
+bool IsPrivateUse(WCHAR unit) {
+    return unit >= 0xE000 && unit < 0xF900;
+}
+
 }  // namespace
 
-// Fills a page from the host's two converters.
-class CodePageMaker {
+// Fills a page of two bytes from the host's two converters.
+class HostPageReader {
   public:
-    explicit CodePageMaker(const char* name)
+    explicit HostPageReader(const char* name)
         : decode_(kHostUtf16, name), encode_(name, kHostUtf16) {}
 
-    std::unique_ptr<const CodePage> Make(UINT number) {
+    std::unique_ptr<const CodePage> Read() {
         if (!decode_.IsOpen() || !encode_.IsOpen())
             return nullptr;
         page_.reset(new CodePage);
@@ -100,7 +94,7 @@ class CodePageMaker {
             page_->Assign(byte, byte);
         for (uint16_t byte = 0x80; byte < 0x100; ++byte)
             AddByte(byte);
-        AddControls(number);
+        page_->AssignFits(PlainLetters());
         return std::move(page_);
     }
 
@@ -140,15 +134,6 @@ class CodePageMaker {
         }
     }
 
-    // The device's Windows pages have a control character where the host's have nothing.
-    void AddControls(UINT number) {
-        const bool windows = (number >= 1250 && number <= 1258) || number == 874;
-        for (uint16_t byte = 0x80; windows && byte < 0xA0; ++byte) {
-            if (page_->single_[byte] == CodePage::kNone)
-                page_->Assign(byte, byte);
-        }
-    }
-
     HostConverter decode_;
     HostConverter encode_;
     std::unique_ptr<CodePage> page_;
@@ -156,10 +141,40 @@ class CodePageMaker {
 
 CodePage::CodePage() : codes_(1) {
     single_.fill(kNone);
+    stand_in_.fill(kReplacement);
 }
 
-std::unique_ptr<const CodePage> CodePage::Make(UINT number, const char* host_name) {
-    return CodePageMaker(host_name).Make(number);
+std::unique_ptr<const CodePage> CodePage::Make(const SingleBytePage& data) {
+    std::unique_ptr<CodePage> page(new CodePage);
+    for (uint16_t byte = 0; byte < 0x100; ++byte) {
+        const WCHAR value = byte < 0x80 ? byte : data.high[byte - 0x80];
+        if (IsPrivateUse(value)) {
+            page->stand_in_[byte] = value;
+            page->AssignCode(value, byte);
+        } else {
+            page->Assign(byte, value);
+        }
+    }
+    page->AssignFits(data.fits);
+    return page;
+}
+
+std::unique_ptr<const CodePage> CodePage::Make(const char* host_name) {
+    return HostPageReader(host_name).Read();
+}
+
+// What is not in the page and has a best fit is written as that.
+void CodePage::AssignFits(std::u16string_view pairs) {
+    constexpr WCHAR kFullWidthFirst = 0xFF01;
+    for (WCHAR narrow = '!'; narrow <= '~'; ++narrow) {
+        const auto full = static_cast<WCHAR>(kFullWidthFirst + narrow - '!');
+        if (CodeOf(full) == 0)
+            AssignCode(full, narrow);
+    }
+    for (size_t i = 0; i + 1 < pairs.size(); i += 2) {
+        if (CodeOf(pairs[i]) == 0 && CodeOf(pairs[i + 1]) != 0)
+            AssignCode(pairs[i], CodeOf(pairs[i + 1]));
+    }
 }
 
 // Gives the code its meaning, and the character this code unless it has one.
@@ -187,19 +202,32 @@ void CodePage::AssignCode(WCHAR value, uint16_t code) {
     codes_[row][value & 0xFF] = code;
 }
 
-const CodePage* FindCodePage(UINT number) {
-    const PageName* name =
-        std::lower_bound(std::begin(kPageNames), std::end(kPageNames), number,
-                         [](const PageName& entry, UINT wanted) { return entry.number < wanted; });
-    if (name == std::end(kPageNames) || name->number != number)
-        return nullptr;
-    auto& slot = g_list.pages[name - std::begin(kPageNames)];
+namespace {
+
+// The page that the slot keeps, made by the first who asks. The release hands the finished tables
+// over to whoever acquires the pointer.
+template <class Make>
+const CodePage* Keep(std::atomic<const CodePage*>& slot, Make make) {
     if (const CodePage* page = slot.load(std::memory_order_acquire))
         return page;
     const std::lock_guard lock(g_list.making);
     if (slot.load(std::memory_order_relaxed) == nullptr)
-        slot.store(CodePage::Make(number, name->host_name).release(), std::memory_order_release);
+        slot.store(make().release(), std::memory_order_release);
     return slot.load(std::memory_order_relaxed);
+}
+
+}  // namespace
+
+const CodePage* FindCodePage(UINT number) {
+    const auto own = SingleBytePages();
+    const auto found = std::ranges::lower_bound(own, number, {}, &SingleBytePage::number);
+    if (found != own.end() && found->number == number)
+        return Keep(g_list.own[found - own.begin()], [&] { return CodePage::Make(*found); });
+    for (size_t i = 0; i < std::size(kHostPages); ++i) {
+        if (kHostPages[i].number == number)
+            return Keep(g_list.host[i], [&] { return CodePage::Make(kHostPages[i].name); });
+    }
+    return nullptr;
 }
 
 }  // namespace zelto::coredll

@@ -1,4 +1,4 @@
-// Code pages of one and two bytes a character, as tables made from the host's converter.
+// Code pages of one byte a character, which are the layer's own, and of two, which the host has.
 
 #ifndef ZELTO_PLATFORM_COREDLL_LINUX_TEXT_CODEPAGES_H
 #define ZELTO_PLATFORM_COREDLL_LINUX_TEXT_CODEPAGES_H
@@ -8,21 +8,27 @@
 #include <vector>
 
 #include "platform/coredll/linux/base/unicode.h"
+#include "platform/coredll/linux/text/single_byte_pages.h"
 
 namespace zelto::coredll {
 
 // Bytes below 0x80 are ASCII in every page. Immutable once made, so any thread may use it.
 class CodePage {
   public:
+    static std::unique_ptr<const CodePage> Make(const SingleBytePage& data);
     // Asks the host; null when it does not have the page.
-    static std::unique_ptr<const CodePage> Make(UINT number, const char* host_name);
+    static std::unique_ptr<const CodePage> Make(const char* host_name);
 
     // `left` is at least 1. Of a pair without a meaning, the second byte is left in the text when
     // it is ASCII.
     Taken Take(const unsigned char* bytes, size_t left) const;
 
-    // Writes the character's 1 or 2 bytes and returns how many; 0 when the page lacks it.
-    size_t Put(char32_t value, unsigned char* out) const;
+    // What is read where there is no character: a private-use unit that keeps the byte, or U+FFFD.
+    WCHAR StandIn(unsigned char byte) const { return stand_in_[byte]; }
+
+    // Writes the 1 or 2 bytes of the unit or of its best fit and returns how many; 0 when there is
+    // neither.
+    size_t Put(WCHAR value, unsigned char* out) const;
 
     // Whether the byte is the first of two.
     bool IsLead(unsigned char byte) const { return trail_row_[byte] != 0; }
@@ -34,11 +40,13 @@ class CodePage {
 
     CodePage();
     void Assign(uint16_t code, WCHAR value);
+    void AssignFits(std::u16string_view pairs);
     void AssignCode(WCHAR value, uint16_t code);
     uint16_t CodeOf(WCHAR value) const;
-    friend class CodePageMaker;
+    friend class HostPageReader;
 
-    std::array<WCHAR, 256> single_;         // kNone: a lead byte or nothing
+    std::array<WCHAR, 256> single_;  // kNone: a lead byte or nothing
+    std::array<WCHAR, 256> stand_in_;
     std::array<uint8_t, 256> trail_row_{};  // of a lead byte: place in trails_, from 1
     std::vector<TrailRow> trails_;          // by second byte
     std::array<uint16_t, 256> code_row_{};  // of a value's high byte: place in codes_
@@ -61,8 +69,8 @@ inline Taken CodePage::Take(const unsigned char* bytes, size_t left) const {
     return {kNoCharacter, bytes[1] < 0x80 ? size_t{1} : size_t{2}};
 }
 
-inline size_t CodePage::Put(char32_t value, unsigned char* out) const {
-    const uint16_t code = value < 0x10000 ? CodeOf(static_cast<WCHAR>(value)) : uint16_t{0};
+inline size_t CodePage::Put(WCHAR value, unsigned char* out) const {
+    const uint16_t code = CodeOf(value);
     if (code >= 0x100) {
         out[0] = static_cast<unsigned char>(code >> 8);
         out[1] = static_cast<unsigned char>(code);

@@ -9,7 +9,6 @@
 
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/unicode.h"
-#include "platform/coredll/linux/text/best_fit.h"
 #include "platform/coredll/linux/text/codepages.h"
 
 namespace {
@@ -94,7 +93,7 @@ class Output {
 // UTF-8 in the shape of a CodePage.
 struct Utf8Page {
     static Taken Take(const unsigned char* bytes, size_t left) { return TakeUtf8(bytes, left); }
-    static size_t Put(char32_t value, unsigned char* out) { return PutUtf8(value, out); }
+    static WCHAR StandIn(unsigned char /*byte*/) { return kReplacement; }
 };
 
 // What stands for a character that the page lacks.
@@ -111,26 +110,28 @@ Default DefaultFor(const CodePage& page, const char* text) {
     return {{bytes[0], pair ? bytes[1] : uint8_t{0}}, pair ? size_t{2} : size_t{1}};
 }
 
-// Writes a character, its best fit or the default; returns the bytes. `used` is set with the
-// default only.
-size_t Encode(const CodePage& page, char32_t value, const Default& missing, unsigned char* out,
-              bool& used) {
-    const size_t count = page.Put(value, out);
+// What was written for the units at the front of a text.
+struct Written {
+    size_t units;
+    size_t bytes;
+    bool is_default;
+};
+
+// Unit by unit: either half of a surrogate pair is a character that the page lacks.
+Written Encode(const CodePage& page, std::u16string_view source, const Default& missing,
+               unsigned char* out) {
+    const size_t count = page.Put(source[0], out);
     if (count != 0)
-        return count;
-    const char fit = BestFit(value);
-    if (fit != '\0') {
-        *out = static_cast<unsigned char>(fit);
-        return 1;
-    }
-    used = true;
+        return {1, count, false};
     std::memcpy(out, missing.bytes, missing.count);
-    return missing.count;
+    return {1, missing.count, true};
 }
 
-size_t Encode(const Utf8Page& page, char32_t value, const Default& /*missing*/, unsigned char* out,
-              bool& /*used*/) {
-    return page.Put(value == kNoCharacter ? kReplacement : value, out);
+Written Encode(const Utf8Page& /*page*/, std::u16string_view source, const Default& /*missing*/,
+               unsigned char* out) {
+    const Taken taken = TakeUtf16(source.data(), source.size());
+    const char32_t value = taken.value == kNoCharacter ? kReplacement : taken.value;
+    return {taken.used, PutUtf8(value, out), false};
 }
 
 template <class Page>
@@ -142,16 +143,14 @@ int Narrow(const Page& page, std::u16string_view source, const Default& missing,
         source.remove_prefix(output.PutAscii(source));
         if (source.empty())
             break;
-        const Taken taken = TakeUtf16(source.data(), source.size());
         unsigned char bytes[4];
-        bool is_default = false;
-        const size_t count = Encode(page, taken.value, missing, bytes, is_default);
-        fits = output.Put(reinterpret_cast<const char*>(bytes), count);
+        const Written written = Encode(page, source, missing, bytes);
+        fits = output.Put(reinterpret_cast<const char*>(bytes), written.bytes);
         if (!fits)
             break;
-        if (is_default)
+        if (written.is_default)
             used = TRUE;
-        source.remove_prefix(taken.used);
+        source.remove_prefix(written.units);
     }
     if (used_default != nullptr)
         *used_default = used;
@@ -170,7 +169,7 @@ int Widen(const Page& page, std::string_view source, bool strict, Output<WCHAR> 
         if (bad && strict)
             return Fail(ERROR_NO_UNICODE_TRANSLATION, 0);
         WCHAR units[2];
-        const size_t count = PutUtf16(bad ? kReplacement : taken.value, units);
+        const size_t count = PutUtf16(bad ? page.StandIn(bytes[0]) : taken.value, units);
         if (!output.Put(units, count))
             return Fail(ERROR_INSUFFICIENT_BUFFER, 0);
         source.remove_prefix(taken.used);
