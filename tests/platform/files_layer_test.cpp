@@ -35,7 +35,7 @@ TEST_F(FileCalls, DispositionDecidesWhatHappensToAFile) {
         DWORD disposition;
         const char *when_there, *then_holds, *when_missing, *missing_then_holds;
     };
-    for (const Case& c : {Case{CREATE_NEW, "80", "old", "ok", ""},
+    for (const Case& c : {Case{CREATE_NEW, "80", "old", "ok 0", ""},
                           {CREATE_ALWAYS, "ok 183", "", "ok 0", ""},
                           {OPEN_EXISTING, "ok", "old", "2", "(missing)"},
                           {OPEN_ALWAYS, "ok 183", "old", "ok 0", ""},
@@ -108,7 +108,7 @@ TEST_F(FileCalls, AFullDiskTellsWhatReachedTheFile) {
     EXPECT_EQ(Open(u"\\dev\\full", GENERIC_WRITE, 0, OPEN_EXISTING), "ok");  // shared by all
     EXPECT_EQ(Write(file, "abc"), "112 0");
     CloseHandle(file);
-    ASSERT_EQ(Open(Wide("file"), GENERIC_WRITE, 0, CREATE_NEW, &file), "ok");
+    ASSERT_EQ(Open(Wide("file"), GENERIC_WRITE, 0, CREATE_NEW, &file), "ok 0");
     const SizeLimit limit(60);
     EXPECT_EQ(Write(file, std::string(100, 'x')), "112 60");
     CloseHandle(file);
@@ -116,7 +116,7 @@ TEST_F(FileCalls, AFullDiskTellsWhatReachedTheFile) {
 
 TEST_F(FileCalls, PositionsHave64Bits) {
     HANDLE file = nullptr;
-    ASSERT_EQ(Open(Wide("sparse"), kReadWrite, 0, CREATE_NEW, &file), "ok");
+    ASSERT_EQ(Open(Wide("sparse"), kReadWrite, 0, CREATE_NEW, &file), "ok 0");
     constexpr int64_t kFar = (int64_t{5} << 32) + 0xFFFFFFFF;
     LONG high = static_cast<LONG>(kFar >> 32);
     SetFilePointer(file, -1, &high, FILE_BEGIN);

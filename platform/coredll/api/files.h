@@ -48,8 +48,8 @@ extern "C" {
 // permitted, 32 conflicts with another open's share mode, 80 CREATE_NEW on an existing file, 87 an
 // unknown disposition or truncating without GENERIC_WRITE, 123 a name with < > : " | ? *, 206 a
 // name of 260 units and more. OPEN_ALWAYS | CREATE_ALWAYS (6) is taken as TRUNCATE_EXISTING:
-// programs that combine the two mean it. Success of CREATE_ALWAYS and OPEN_ALWAYS sets the last
-// error: 183 the file was there, 0 it is new. Share modes hold in and between processes.
+// programs that combine the two mean it. Success of CREATE_NEW, CREATE_ALWAYS and OPEN_ALWAYS sets
+// the last error: 183 the file was there, 0 it is new. Share modes hold in and between processes.
 HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
                    DWORD disposition, DWORD attributes, HANDLE template_file);
 

@@ -35,7 +35,8 @@ void EnterCriticalSection(CRITICAL_SECTION* section);
 BOOL TryEnterCriticalSection(CRITICAL_SECTION* section);  // 0: another thread owns it
 void LeaveCriticalSection(CRITICAL_SECTION* section);
 
-// Starts a thread. The stack size is a hint of the device and ignored; flags must be 0 (87).
+// Starts a thread. The stack size is a hint of the device and ignored, as is the one flag that says
+// what it means; other flags: 87.
 // Null on failure: 87 null start address, 8. The handle is closed with CloseHandle; the thread
 // goes on without it.
 HANDLE CreateThread(SECURITY_ATTRIBUTES* security, DWORD stack_size, LPTHREAD_START_ROUTINE start,

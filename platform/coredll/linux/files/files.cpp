@@ -107,7 +107,7 @@ HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
     if (handle == nullptr)
         return FailHandle(ERROR_TOO_MANY_OPEN_FILES);
     file.fd.Release();
-    if (disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS)
+    if (disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS)
         SetLastError(file.existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return handle;
 }

@@ -101,7 +101,7 @@ using namespace zelto::coredll;
 
 HANDLE CreateThread(SECURITY_ATTRIBUTES*, DWORD, LPTHREAD_START_ROUTINE start, void* parameter,
                     DWORD flags, DWORD* thread_id) {
-    if (start == nullptr || flags != 0)
+    if (start == nullptr || (flags & ~STACK_SIZE_PARAM_IS_A_RESERVATION) != 0)
         return Fail(ERROR_INVALID_PARAMETER, HANDLE{});
     auto* thread = new (std::nothrow) Thread{start, parameter};
     if (thread == nullptr)
