@@ -20,6 +20,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 # Files beyond 2 GiB and times beyond 2038 on 32-bit hosts too.
 target_compile_definitions(zelto_build_flags INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+include(ZeltoHardening)
 target_include_directories(zelto_build_flags INTERFACE "${PROJECT_SOURCE_DIR}")
 if(ZELTO_SANITIZE)
   target_compile_options(zelto_build_flags INTERFACE

@@ -1,13 +1,15 @@
 # shellcheck shell=bash
 # Sourced by the other scripts: installs what a purpose needs on Debian and its relatives.
 #
-#   need_packages tools [tests] [bench] [lint]
+#   need_packages tools [tests] [bench] [lint] [coverage] [package]
 
 packages_for() {
     case "$1" in
     tools) printf '%s\n' cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libfmt-dev ;;
     tests) printf '%s\n' libgtest-dev libgmock-dev zlib1g-dev python3 tzdata ;;
     bench) printf '%s\n' libbenchmark-dev ;;
+    package) printf '%s\n' binutils file pkg-config lintian mmdebstrap ;;
+    coverage) printf '%s\n' gcovr ;;
     lint) printf '%s\n' clang clang-format clang-tidy ;;
     *)
         echo "setup: no such purpose: $1" >&2
