@@ -23,7 +23,7 @@ const char* Title(int32_t mode) {
     }
 }
 
-void Announce(TCrcObserver* observer, const char* title, const char* subject) {
+void Announce(TCrcObserver* observer, const char* title, const DString& subject) {
     if (observer == nullptr)
         return;
     observer->title = title;
@@ -103,7 +103,7 @@ bool FileCrc32(const DString& path, uint32_t& result, int32_t mode, TCrcObserver
                int64_t start, int64_t end) {
     result = kCrcStart;
     const uint32_t began = GetTickCount();
-    Announce(observer, Title(mode), path.c_str());
+    Announce(observer, Title(mode), path);
     TFicheroITV file;
     if (!OpenFor(mode, path, file))
         return false;

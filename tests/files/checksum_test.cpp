@@ -13,7 +13,9 @@ namespace {
 
 struct Crc32Test : FilesTest {
     bool Run(int32_t mode, int64_t start = 0, int64_t end = -1, TCrcObserver* observer = nullptr) {
-        return FileCrc32(Name("a"), crc, mode, observer, start, end);
+        DString name = Name("a");
+        name.set_codepage(1250);
+        return FileCrc32(name, crc, mode, observer, start, end);
     }
     uint32_t crc = 0;
 };
@@ -85,8 +87,10 @@ TEST_F(Crc32Test, FailsWhereThereIsNoRange) {
 struct Observer : TCrcObserver {
     void SetTotal(uint32_t total) override {
         seen = title.c_str() + std::string(" ") + subject.c_str() + " " + std::to_string(total);
+        codepage = subject.codepage();
     }
     std::string seen;
+    int32_t codepage = 0;
 };
 
 std::string g_trace;
@@ -100,6 +104,7 @@ TEST_F(Crc32Test, TellsItsObserverAndTheTrace) {
                                       {kCrcCheck, "Checking CRC 32 "}}) {
         Observer observer;
         EXPECT_TRUE(Run(mode, 0, -1, &observer));
+        EXPECT_EQ(observer.codepage, 1250);
         EXPECT_EQ(observer.seen, title + path + " 10000");
         EXPECT_EQ(observer.done, 10'000U);
         EXPECT_TRUE(observer.title.is_empty() && observer.subject.is_empty());
