@@ -1,7 +1,7 @@
 #include "common/files/busca_ficheros.h"
 
 #include "common/files/file_system.h"
-#include "common/files/wide_path.h"
+#include "common/text/codepage.h"
 
 namespace zelto {
 
@@ -23,7 +23,7 @@ bool TBuscaFicheros::Next() {
 
 bool TBuscaFicheros::Advance() {
     if (search_ == nullptr) {
-        HANDLE search = FindFirstFileW(WidePath(pattern_).c_str(), &data_);
+        HANDLE search = FindFirstFileW(ToWide(pattern_).c_str(), &data_);
         if (search == INVALID_HANDLE_VALUE)
             return false;
         search_ = search;

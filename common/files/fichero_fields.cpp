@@ -1,11 +1,9 @@
 // The typed fields of record files.
 
 #include <charconv>
-#include <cstring>
 #include <type_traits>
 
 #include "common/files/fichero_itv.h"
-#include "common/text/text_utils.h"
 #include "common/time/date_format.h"
 #include "common/time/date_parse.h"
 
@@ -30,6 +28,14 @@ struct DateRecord {
 static_assert(sizeof(DateRecord) == 28);
 
 }  // namespace
+
+// What text fields are read from.
+TextReader& TFicheroITV::Tokens() {
+    constexpr uint32_t kTextReading = FICH_TEXT | FICH_READ;
+    if ((mode_ & kTextReading) != kTextReading)
+        throw "Error en get_dato_texto";
+    return reader_;
+}
 
 void TFicheroITV::WriteField(const char* text, size_t size) {
     Write(text, static_cast<int32_t>(size));
@@ -72,13 +78,20 @@ TFicheroITV& TFicheroITV::PutByte(unsigned char value) {
     return *this;
 }
 
+// A variable of any width keeps the low bits.
+template <class Value>
+TFicheroITV& TFicheroITV::GetInteger(Value& value) {
+    if ((mode_ & FICH_TEXT) != 0)
+        value = static_cast<Value>(Tokens().ReadInteger());
+    if ((mode_ & FICH_BINARY) != 0)
+        Read(&value, sizeof value);
+    return *this;
+}
+
 template <class Value>
 TFicheroITV& TFicheroITV::GetDecimal(Value& value) {
-    if ((mode_ & FICH_TEXT) != 0) {
-        DString token;
-        get_dato_texto(token);
-        value = static_cast<Value>(TextToDouble(token.c_str(), false));
-    }
+    if ((mode_ & FICH_TEXT) != 0)
+        value = static_cast<Value>(Tokens().ReadNumber());
     if ((mode_ & FICH_BINARY) != 0)
         Read(&value, sizeof value);
     return *this;
@@ -87,7 +100,7 @@ TFicheroITV& TFicheroITV::GetDecimal(Value& value) {
 // A character is the first of its token, 0 for an empty one.
 unsigned char TFicheroITV::GetByte(unsigned char value) {
     if ((mode_ & FICH_TEXT) != 0) {
-        const std::string_view token = NextToken();
+        const std::string_view token = Tokens().ReadToken();
         value = token.empty() ? 0 : static_cast<unsigned char>(token[0]);
     }
     if ((mode_ & FICH_BINARY) != 0)
@@ -167,6 +180,30 @@ TFicheroITV& TFicheroITV::operator>>(bool& value) {
     value = GetByte(value ? 1 : 0) != 0;
     return *this;
 }
+TFicheroITV& TFicheroITV::operator>>(short& value) {
+    return GetInteger(value);
+}
+TFicheroITV& TFicheroITV::operator>>(unsigned short& value) {
+    return GetInteger(value);
+}
+TFicheroITV& TFicheroITV::operator>>(int& value) {
+    return GetInteger(value);
+}
+TFicheroITV& TFicheroITV::operator>>(unsigned int& value) {
+    return GetInteger(value);
+}
+TFicheroITV& TFicheroITV::operator>>(long& value) {
+    return GetInteger(value);
+}
+TFicheroITV& TFicheroITV::operator>>(unsigned long& value) {
+    return GetInteger(value);
+}
+TFicheroITV& TFicheroITV::operator>>(long long& value) {
+    return GetInteger(value);
+}
+TFicheroITV& TFicheroITV::operator>>(unsigned long long& value) {
+    return GetInteger(value);
+}
 TFicheroITV& TFicheroITV::operator>>(float& value) {
     return GetDecimal(value);
 }
@@ -179,7 +216,7 @@ TFicheroITV& TFicheroITV::operator>>(DDateTime& value) {
     if ((mode_ & FICH_TEXT) != 0) {
         DString text;
         get_dato_texto(text);
-        if (delimiters_.Contains(' ')) {
+        if (reader_.Delimits(' ')) {
             DString time;
             get_dato_texto(time);
             text += ' ';

@@ -5,7 +5,7 @@
 
 #include "common/files/fichero_mode.h"
 #include "common/files/fichero_stream.h"
-#include "common/files/wide_path.h"
+#include "common/text/codepage.h"
 
 namespace zelto {
 namespace {
@@ -36,8 +36,9 @@ bool TFicheroFILE::Open(const DString& name, const uint32_t* mode, DString* erro
     const uint32_t flags = mode == nullptr ? 0 : *mode;
     const std::basic_string<WCHAR> mode_text = ModeText(flags);
     Close(nullptr);
+    was_lost_ = false;
     writable_ = (flags & (FICH_WRITE | FICH_APPEND | FICH_UPDATE)) != 0;
-    file_ = _wfopen(WidePath(name).c_str(), mode_text.c_str());
+    file_ = _wfopen(ToWide(name).c_str(), mode_text.c_str());
     if (file_ == nullptr && error != nullptr)
         *error = "Error Opening File.";
     return file_ != nullptr;
@@ -79,23 +80,31 @@ bool TFicheroFILE::Write(const void* buffer, int32_t size) {
 // Hands what waits to stdio.
 bool TFicheroFILE::PassOn() {
     const size_t count = std::exchange(waiting_size_, 0);
-    return count == 0 || std::fwrite(waiting_, 1, count, file_) == count;
+    const bool passed = count == 0 || std::fwrite(waiting_, 1, count, file_) == count;
+    was_lost_ = was_lost_ || !passed;
+    return passed;
+}
+
+// stdio writes what it holds before it moves.
+bool TFicheroFILE::Seek(int64_t distance, int origin) {
+    PassOn();
+    const bool flushed = last_ != Direction::kWrite || std::fflush(file_) == 0;
+    was_lost_ = was_lost_ || !flushed;
+    return _fseeki64(file_, distance, origin) == 0;
 }
 
 void TFicheroFILE::Turn(Direction direction) {
     if (last_ == direction)
         return;
-    PassOn();
     if (last_ != Direction::kNone)
-        _fseeki64(file_, 0, SEEK_CUR);
+        Seek(0, SEEK_CUR);
     last_ = direction;
 }
 
 void TFicheroFILE::SetPos(int64_t position) {
     if (file_ == nullptr)
         return;
-    PassOn();
-    if (_fseeki64(file_, position, SEEK_SET) == 0)
+    if (Seek(position, SEEK_SET))
         last_ = Direction::kNone;
 }
 
@@ -115,7 +124,7 @@ int64_t TFicheroFILE::GetLength() {
     const int64_t position = GetPos();
     if (file_ == nullptr)
         return 0;
-    _fseeki64(file_, 0, SEEK_END);
+    Seek(0, SEEK_END);
     const int64_t length = GetPos();
     SetPos(position);
     return length;
@@ -124,8 +133,9 @@ int64_t TFicheroFILE::GetLength() {
 int32_t TFicheroFILE::Flush() {
     if (file_ == nullptr)
         return 0;
-    const bool passed = PassOn();
-    return std::fflush(file_) == 0 && passed ? 0 : EOF;
+    PassOn();
+    was_lost_ = std::fflush(file_) != 0 || was_lost_;
+    return was_lost_ ? EOF : 0;
 }
 
 }  // namespace zelto

@@ -2,7 +2,7 @@
 
 #include "common/files/fichero_mode.h"
 #include "common/files/fichero_stream.h"
-#include "common/files/wide_path.h"
+#include "common/text/codepage.h"
 
 namespace zelto {
 namespace {
@@ -50,7 +50,7 @@ bool TFicheroHandle::Open(const DString& name, const uint32_t* mode, DString* er
         return false;
     Close(nullptr);
     const DWORD share = values.access == GENERIC_READ ? DWORD{FILE_SHARE_READ} : 0;
-    handle_ = CreateFileW(WidePath(name).c_str(), values.access, share, nullptr, values.creation,
+    handle_ = CreateFileW(ToWide(name).c_str(), values.access, share, nullptr, values.creation,
                           FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle_ == INVALID_HANDLE_VALUE)
         handle_ = nullptr;

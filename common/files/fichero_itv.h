@@ -7,18 +7,13 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <string_view>
 
 #include "common/files/fichero_mode.h"
 #include "common/files/fichero_stream.h"
-#include "common/files/line_recoder.h"
 #include "common/files/memory_buffer.h"
-#include "common/files/put_back_text.h"
-#include "common/files/text_window.h"
-#include "common/text/codepage.h"
+#include "common/files/text_reader.h"
 #include "common/text/dstring.h"
-#include "common/text/token_scanner.h"
 #include "common/time/date_time.h"
 
 namespace zelto {
@@ -72,6 +67,10 @@ class TFicheroITV {
     bool close(DString* error = nullptr);
 
     bool IsOpen() const;
+
+    // Hands to the system what waits in the stream. False when that fails, or failed before, and on
+    // a closed container: with the stdio stream this tells whether all that was told written is.
+    bool Flush();
 
     // Each field goes out as text and separator, or as raw bytes. A mode without FICH_TEXT and
     // FICH_BINARY writes nothing; with both, text is written. `long` is a field of the host's
@@ -129,9 +128,9 @@ class TFicheroITV {
     void SetPrecision(int32_t decimals) { precision_ = decimals; }  // 2 at first; below 0 is 1
     void SetDelimiters(const char* delimiters);                     // " \t\n" at first; null: none
     void SetWriteObserver(WriteObserver observer, void* context);   // null: none
-    int32_t EncodingMark() const { return encoding_mark_; }  // -1, or 0 UTF-16, 65001 UTF-8, 1 none
+    int32_t EncodingMark() const { return reader_.Codepage(); }     // -1, 0 UTF-16, 65001, 1 none
     int32_t LeadingValue() const { return leading_value_; }
-    int32_t LineCount() const { return line_count_; }  // line ends met; takes PutBack for news
+    int32_t LineCount() const { return reader_.LineCount(); }  // line ends met, put back or not
 
     // For the package hook. The region starts `offset` bytes into the stream; both 0: none. It
     // does not move the position, and drops a memory buffer. A stream set here is not owned, and
@@ -143,28 +142,42 @@ class TFicheroITV {
     using StreamPointer = std::unique_ptr<TFicheroStream, void (*)(TFicheroStream*)>;
     enum class HookAnswer { kNone, kOpened, kStopped };
 
+    // The container as what its text reader reads.
+    class Input final : public TextSource {
+      public:
+        explicit Input(TFicheroITV& file) : file_(file) {}
+        std::string_view Fetch(char* room, std::shared_ptr<const void>& owner) override {
+            return file_.Fetch(room, owner);
+        }
+
+      private:
+        TFicheroITV& file_;
+    };
+
     // fichero_open.cpp
     HookAnswer AskHook(DString& working_name, DString& member, DString* error);
     bool MakeStream(DString* error);
-    void MakeBackups() const;
     bool BeginSafeWrite(DString& working_name, DString* error);
     bool OpenStream(const DString& name, DString* error);
     bool LocateMember(const DString& package, const DString& member, DString* error);
     void BeginContents();
-    bool InspectMark();
+    int32_t InspectMark();
     void WriteMark();
-
-    // fichero_close.cpp
-    void Forget();
-    bool Commit(DString* error);
-    int32_t MakeRoom() const;
 
     // fichero_itv.cpp
     bool IsReading() const { return (mode_ & FICH_READ) != 0; }
     void MoveTo(int64_t position);
-    void DropWindow();
+    void DropUnread();
+    bool ReadBytes(void* buffer, int32_t size);
+    std::string_view Fetch(char* room, std::shared_ptr<const void>& owner);
+    std::string_view FetchAhead(char* room, std::shared_ptr<const void>& owner);
+    std::string_view FetchBlock(size_t count, char* room, std::shared_ptr<const void>& owner);
+    std::string_view FetchOne(char* room);
+    bool ReadsAsDeclared() const;
+    int64_t FetchEnd() const;
 
     // fichero_fields.cpp
+    TextReader& Tokens();
     void WriteField(const char* text, size_t size);
     template <class Value>
     TFicheroITV& PutInteger(Value value);
@@ -172,105 +185,31 @@ class TFicheroITV {
     TFicheroITV& PutDecimal(Value value);
     TFicheroITV& PutByte(unsigned char value);
     template <class Value>
+    TFicheroITV& GetInteger(Value& value);
+    template <class Value>
     TFicheroITV& GetDecimal(Value& value);
     unsigned char GetByte(unsigned char value);
-
-    // fichero_lines.cpp
-    int32_t CollectLine(int32_t limit);
-    void SkipWhite();
-    bool CollectText(size_t kept);
-    bool JoinText(size_t kept);
-    void ShowCollected();
-    bool EndText(std::string_view segment, size_t size);
-    bool SkipComment();
-    void CountEnd(char end);
-
-    // fichero_tokens.cpp
-    std::string_view NextToken();
-    bool HoldsPlainLine() const;
-    bool ReachToken();
-    bool SkipToToken();
-    bool HoldNextLine();
-    std::string_view TakeToken();
-    void TakeHeldLine();
-
-    // fichero_integers.cpp
-    inline uint64_t NextInteger();
-    template <class Value>
-    TFicheroITV& GetInteger(Value& value);
-    uint64_t ReadInteger();
-    inline bool TakeDecimal(uint64_t& value);
-
-    // text_input.cpp
-    std::string_view Segment();
-    std::string_view NextSegment();
-    void Take(size_t count);
-    bool FillWindow();
-    bool FetchAhead();
-    std::string_view FetchBlock(size_t count);
-    bool FetchOne();
 
     char separator_ = ' ';
     int32_t precision_ = 2;
     int32_t leading_value_ = 0;
     uint32_t mode_ = 0;
-    int32_t encoding_mark_ = -1;
     WriteObserver write_observer_ = nullptr;
     void* observer_context_ = nullptr;
-    ByteSet delimiters_{" \t\n"};
-    PutBackText put_back_;
-    int32_t line_count_ = 0;
     uint8_t package_flag_ = 0;
     StreamPointer stream_{nullptr, nullptr};
-    char previous_ = 0;  // the last character that the line reader took
     bool temporary_pending_ = false;
     DString file_name_;
     int64_t data_offset_ = 0;
     int64_t data_length_ = 0;
     bool hook_owned_ = false;
     MemoryBuffer memory_;
-    TextWindow window_;
-    int64_t fetch_limit_ = 0;  // bytes beyond are fetched one by one
+    Input input_{*this};
+    TextReader reader_{input_};
+    int64_t fetched_to_ = 0;     // the position behind what the reader has fetched
+    int64_t stream_length_ = 0;  // when it was opened; 0 once it was found to be shorter
     bool char_was_read_ = true;
-    std::string_view line_;           // the last line that was collected, wherever it lies;
-    const char* readable_ = nullptr;  // bytes up to here may be read,
-    std::string collected_;           // here, when it was in several segments;
-    char line_end_ = 0;               // the CR or LF behind it, else 0
-    bool line_was_recoded_ = false;
-    bool held_is_plain_ = false;  // the held line's rest reads as it stands there,
-    int32_t held_codepage_ = 0;   // while this is the current codepage
-    LineRecoder recoder_;
 };
-
-// Characters at the front of the input; none only at its end.
-inline std::string_view TFicheroITV::Segment() {
-    return put_back_.IsEmpty() && !window_.IsEmpty() ? window_.Unread() : NextSegment();
-}
-
-// Takes characters off the front. They must all be of one segment.
-inline void TFicheroITV::Take(size_t count) {
-    if (put_back_.IsEmpty())
-        window_.Take(count);
-    else
-        put_back_.Take(count);
-}
-
-// Counts what may be a line end: CR, and LF unless it follows a CR.
-inline void TFicheroITV::CountEnd(char end) {
-    if (end == '\r' || (end == '\n' && previous_ != '\r'))
-        ++line_count_;
-    previous_ = end;
-}
-
-// Whether a line is held whose rest reads as it stands there.
-inline bool TFicheroITV::HoldsPlainLine() const {
-    return put_back_.HoldsLine() && held_is_plain_ && held_codepage_ == CurrentCodepage();
-}
-
-inline void TFicheroITV::TakeHeldLine() {
-    previous_ = '\0';
-    CountEnd(put_back_.TakeLine());
-}
 
 }  // namespace zelto
 

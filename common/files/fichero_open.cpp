@@ -1,17 +1,18 @@
-// Opening record files.
+// Opening and closing record files.
 
 #include <iterator>
 #include <new>
+#include <utility>
 
 #include "common/files/fichero_itv.h"
 #include "common/files/file_system.h"
 #include "common/files/package_hook.h"
+#include "common/files/safe_write.h"
 #include "common/text/codepage.h"
 
 namespace zelto {
 namespace {
 
-constexpr char kTemporaryEnding[] = ".$$$";
 constexpr char kUtf8Mark[] = {'\xEF', '\xBB', '\xBF'};
 constexpr int32_t kUtf8 = 65001;
 constexpr int32_t kUtf16Mark = 0;
@@ -49,7 +50,7 @@ bool TFicheroITV::Abre(const DString& name, uint32_t mode, DString* error) {
         return Fail(error, " file already oppened.");
     hook_owned_ = false;
     mode_ = mode;
-    previous_ = 0;
+    reader_.ForgetPrevious();
     DString member;
     const HookAnswer answer = AskHook(working_name, member, error);
     if (answer != HookAnswer::kNone)
@@ -58,7 +59,8 @@ bool TFicheroITV::Abre(const DString& name, uint32_t mode, DString* error) {
     data_length_ = 0;
     if (!MakeStream(error))
         return false;
-    MakeBackups();
+    if ((mode_ & (FICH_WRITE | FICH_SAFE_WRITE)) == FICH_WRITE)
+        MakeBackups(file_name_, mode_);
     if (!BeginSafeWrite(working_name, error) || !OpenStream(opened_name, error))
         return false;
     if (!member.is_empty() && !LocateMember(working_name, member, error))
@@ -82,8 +84,8 @@ TFicheroITV::HookAnswer TFicheroITV::AskHook(DString& working_name, DString& mem
     bool stop = false;
     if (hook->Open(directory, member, *this, stop, package_flag_, error)) {
         SetPos(0);
-        fetch_limit_ = GetLength();
-        line_count_ = 0;
+        stream_length_ = stream_ == nullptr ? 0 : stream_->GetLength();
+        reader_.ResetLineCount();
         return HookAnswer::kOpened;
     }
     return stop ? HookAnswer::kStopped : HookAnswer::kNone;
@@ -99,29 +101,13 @@ bool TFicheroITV::MakeStream(DString* error) {
     return stream_ != nullptr || Fail(error, " ptrFitx not created");
 }
 
-// What cannot be copied, a missing file above all, is no reason not to write.
-void TFicheroITV::MakeBackups() const {
-    if ((mode_ & FICH_WRITE) == 0 || (mode_ & FICH_SAFE_WRITE) != 0)
-        return;
-    DString backup = file_name_;
-    if ((mode_ & FICH_BACKUP) != 0) {
-        SetExtension(backup, "BAK");
-        CopyFileTo(file_name_, backup, false);
-    }
-    if ((mode_ & FICH_BACKUP_BAK) != 0) {
-        backup = file_name_;
-        backup += ".BAK";
-        CopyFileTo(file_name_, backup, false);
-    }
-}
-
 bool TFicheroITV::BeginSafeWrite(DString& working_name, DString* error) {
     if ((mode_ & FICH_SAFE_WRITE) == 0)
         return true;
     if (FileExists(file_name_) && IsReadOnlyTarget(file_name_))
         return Fail(error, " Error, file is ReadOnly.");
     temporary_pending_ = true;
-    working_name += kTemporaryEnding;
+    working_name = TemporaryName(working_name);
     return true;
 }
 
@@ -168,45 +154,55 @@ void TFicheroITV::BeginContents() {
     if (IsReading() && (mode_ & (FICH_HANDLE | FICH_UPDATE)) == FICH_HANDLE &&
         !memory_.Load(*stream_, GetLength()))
         SetPos(0);
+    stream_length_ = stream_->GetLength();
     const bool text = (mode_ & FICH_TEXT) != 0;
-    fetch_limit_ = memory_.IsLoaded() ? memory_.Length() : GetLength();
-    if (text && IsReading() && !InspectMark())
-        encoding_mark_ = kNoMark;
+    if (text && IsReading())
+        reader_.SetCodepage(InspectMark());
     if (text && writing && (mode_ & FICH_NO_BOM) == 0)
         WriteMark();
     if (IsReading() && (mode_ & FICH_READ_HEADER_INT) != 0)
         *this >> leading_value_;
-    line_count_ = 0;
+    reader_.ResetLineCount();
 }
 
-// A container that was open before keeps what it found then.
-bool TFicheroITV::InspectMark() {
-    if (encoding_mark_ != -1)
-        return false;
+// The codepage that the mark at the position tells, which is then behind it; kNoMark without one.
+// A container that was open before looks for none.
+int32_t TFicheroITV::InspectMark() {
+    if (EncodingMark() != -1)
+        return kNoMark;
     const int64_t start = GetPos();
     const int first = GetChar();
-    if (first != 0xFF && first != 0xEF && first != 0xFE) {
-        SetPos(start);
-        return false;
-    }
-    const int second = GetChar();
-    if ((first == 0xFF && second == 0xFE) || (first == 0xFE && second == 0xFF)) {
-        encoding_mark_ = kUtf16Mark;
-        return true;
-    }
-    const int third = GetChar();
-    if (first == 0xEF && second == 0xBB && third == 0xBF) {
-        encoding_mark_ = kUtf8;
-        return true;
+    if (first == 0xFF || first == 0xEF || first == 0xFE) {
+        const int second = GetChar();
+        if ((first == 0xFF && second == 0xFE) || (first == 0xFE && second == 0xFF))
+            return kUtf16Mark;
+        if (first == 0xEF && second == 0xBB && GetChar() == 0xBF)
+            return kUtf8;
     }
     SetPos(start);
-    encoding_mark_ = kUtf16Mark;
-    return false;
+    return kNoMark;
 }
 
 void TFicheroITV::WriteMark() {
     if (CurrentCodepage() == kUtf8 && GetPos() <= 0)
         Write(kUtf8Mark, static_cast<int32_t>(std::size(kUtf8Mark)));
+}
+
+bool TFicheroITV::close(DString* error) {
+    memory_.Free();
+    reader_.Clear();
+    if (std::exchange(hook_owned_, false)) {
+        stream_.reset();
+        if (TPackageHook* hook = PackageHook())
+            hook->Close(file_name_);
+        return true;
+    }
+    if (stream_ != nullptr) {
+        const bool closed = stream_->Close(error);
+        stream_.reset();
+        return closed;
+    }
+    return !temporary_pending_ || CommitTemporary(file_name_, error);
 }
 
 }  // namespace zelto

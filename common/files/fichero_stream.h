@@ -35,17 +35,17 @@ class TFicheroStream {
     virtual void SetPos(int64_t position) = 0;  // may be beyond the end; a negative one is ignored
     virtual bool IsEof() = 0;
     virtual int64_t GetPos() = 0;
-    virtual int64_t GetLength() = 0;  // leaves the position where it is
-    virtual int32_t Flush();          // 0 on success
-    virtual int32_t Reserved();       // 0; for later streams
+    virtual int64_t GetLength() = 0;          // leaves the position where it is
+    virtual int32_t Flush() { return 0; }     // 0 on success
+    virtual int32_t Reserved() { return 0; }  // for later streams
 
   protected:
     TFicheroStream() = default;
     ~TFicheroStream() = default;
 };
 
-// Over a FILE. Both directions may be mixed freely in update mode. What was written may only fail
-// to reach the disk at Flush or, unnoticed, at Close.
+// Over a FILE. Both directions may be mixed freely in update mode. What was told written may only
+// fail to be written later: Flush tells so, for anything since the opening; Close does not.
 class TFicheroFILE final : public TFicheroStream {
   public:
     // Throws the text "Error en TFicheroITV::Abre" (a const char*) unless exactly one of read,
@@ -65,11 +65,13 @@ class TFicheroFILE final : public TFicheroStream {
     enum class Direction : uint8_t { kNone, kRead, kWrite };
     void Turn(Direction direction);
     bool PassOn();
+    bool Seek(int64_t distance, int origin);
 
     static constexpr size_t kWaitingRoom = 4096;
 
     FILE* file_ = nullptr;
     bool writable_ = false;
+    bool was_lost_ = false;              // something that was told written
     Direction last_ = Direction::kNone;  // stdio wants a seek between the two
     // Fields are written in pieces of a few bytes, for which fwrite costs too much.
     size_t waiting_size_ = 0;

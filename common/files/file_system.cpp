@@ -1,15 +1,15 @@
 #include "common/files/file_system.h"
 
 #include "common/files/package_hook.h"
-#include "common/files/wide_path.h"
 #include "common/sys/sync.h"
+#include "common/text/codepage.h"
 #include "platform/coredll/coredll.h"
 
 namespace zelto {
 namespace {
 
 DWORD Attributes(const DString& path) {
-    return GetFileAttributesW(WidePath(path).c_str());
+    return GetFileAttributesW(ToWide(path).c_str());
 }
 
 DString ReadModuleDirectory() {
@@ -31,7 +31,7 @@ bool MakeWithParents(const DString& path) {
     const bool has_parent = !parent.is_empty() && parent.length() < whole.length();
     if (has_parent && !MakeWithParents(parent))
         return false;
-    return CreateDirectoryW(WidePath(whole).c_str(), nullptr) != 0;
+    return CreateDirectoryW(ToWide(whole).c_str(), nullptr) != 0;
 }
 
 }  // namespace
@@ -58,18 +58,18 @@ bool IsHidden(const DString& path) {
 
 bool RemoveFile(const DString& path) {
     const LockHolder hold(FileSystemLock(), true);
-    return DeleteFileW(WidePath(path).c_str()) != 0;
+    return DeleteFileW(ToWide(path).c_str()) != 0;
 }
 
 bool CopyFileTo(const DString& source, const DString& destination, bool fail_if_exists) {
     const LockHolder hold(FileSystemLock(), true);
-    return CopyFileW(WidePath(source).c_str(), WidePath(destination).c_str(),
+    return CopyFileW(ToWide(source).c_str(), ToWide(destination).c_str(),
                      fail_if_exists ? TRUE : FALSE) != 0;
 }
 
 bool MoveFileTo(const DString& source, const DString& destination) {
     const LockHolder hold(FileSystemLock(), true);
-    return MoveFileW(WidePath(source).c_str(), WidePath(destination).c_str()) != 0;
+    return MoveFileW(ToWide(source).c_str(), ToWide(destination).c_str()) != 0;
 }
 
 bool MakeDirectory(const DString& path, bool of_file) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "common/files/swar.h"
+#include "common/files/text_scan.h"
 #include "common/text/codepage.h"
 
 namespace zelto {

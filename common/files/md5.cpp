@@ -3,6 +3,8 @@
 #include <bit>
 #include <cstring>
 
+#include "common/files/little_endian.h"
+
 namespace zelto {
 namespace {
 
@@ -44,17 +46,12 @@ size_t WordOf(size_t step) {
     return (kFactor[step / 16] * step + kOffset[step / 16]) % 16;
 }
 
-// Words are little-endian on every host.
-uint32_t Word(const uint8_t* bytes) {
-    return bytes[0] | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24;
-}
-
 void AddBlock(State& state, const uint8_t* block) {
     auto [a, b, c, d] = state;
     for (size_t step = 0; step < 64; ++step) {
         const size_t round = step / 16;
         const uint32_t sum =
-            a + Mix(round, b, c, d) + kSines[step] + Word(block + 4 * WordOf(step));
+            a + Mix(round, b, c, d) + kSines[step] + LoadLittle<uint32_t>(block + 4 * WordOf(step));
         a = d;
         d = c;
         c = b;
@@ -73,8 +70,7 @@ void AddEnd(State& state, const uint8_t* rest, size_t size, uint64_t total) {
         std::memcpy(blocks, rest, size);
     blocks[size] = 0x80;
     const size_t end = size < kBlock - kLengthBytes ? kBlock : 2 * kBlock;
-    for (size_t i = 0; i < kLengthBytes; ++i)
-        blocks[end - kLengthBytes + i] = static_cast<uint8_t>(total * 8 >> (8 * i));
+    StoreLittle<uint64_t>(total * 8, blocks + end - kLengthBytes);
     for (size_t at = 0; at < end; at += kBlock)
         AddBlock(state, blocks + at);
 }
@@ -90,8 +86,8 @@ Md5Digest Md5(const void* bytes, size_t size) {
         AddBlock(state, at);
     AddEnd(state, at, left, total);
     Md5Digest digest;
-    for (size_t i = 0; i < digest.size(); ++i)
-        digest[i] = static_cast<uint8_t>(state[i / 4] >> (8 * (i % 4)));
+    for (size_t i = 0; i < state.size(); ++i)
+        StoreLittle(state[i], digest.data() + 4 * i);
     return digest;
 }
 

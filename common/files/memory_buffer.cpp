@@ -19,13 +19,21 @@ bool ReadAll(TFicheroStream& stream, char* bytes, int64_t length) {
     return true;
 }
 
+std::shared_ptr<char[]> Room(size_t size) {
+    try {
+        return std::make_shared_for_overwrite<char[]>(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 }  // namespace
 
 bool MemoryBuffer::Load(TFicheroStream& stream, int64_t length) {
     Free();
     if (length < 0 || static_cast<uint64_t>(length) > SIZE_MAX)
         return false;
-    std::unique_ptr<char[]> bytes(new (std::nothrow) char[static_cast<size_t>(length)]);
+    std::shared_ptr<char[]> bytes = Room(static_cast<size_t>(length));
     if (bytes == nullptr || !ReadAll(stream, bytes.get(), length))
         return false;
     bytes_ = std::move(bytes);

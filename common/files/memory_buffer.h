@@ -22,7 +22,8 @@ class MemoryBuffer {
 
     bool IsLoaded() const { return bytes_ != nullptr; }
     int64_t Length() const { return length_; }
-    std::string_view Rest() const;  // from the position to the end
+    std::string_view Rest() const;                                // from the position to the end
+    std::shared_ptr<const void> Owner() const { return bytes_; }  // who has it keeps the bytes
 
     // True only when exactly `size` bytes were there; those that were are copied.
     bool Read(void* buffer, int32_t size);
@@ -32,7 +33,7 @@ class MemoryBuffer {
     bool IsEof() const { return end_met_ || position_ >= length_; }
 
   private:
-    std::unique_ptr<char[]> bytes_;
+    std::shared_ptr<char[]> bytes_;
     int64_t position_ = 0;
     int64_t length_ = 0;
     bool end_met_ = false;  // a read asked for more than there was

@@ -45,8 +45,13 @@ class TPackageHook {
 
 // Registers the hook of this process, not owned; null removes it. No record file may be opened or
 // closed meanwhile.
-void SetPackageHook(TPackageHook* hook);
-TPackageHook* PackageHook();  // null: none
+inline TPackageHook* g_package_hook = nullptr;
+inline void SetPackageHook(TPackageHook* hook) {
+    g_package_hook = hook;
+}
+inline TPackageHook* PackageHook() {  // null: none
+    return g_package_hook;
+}
 
 }  // namespace zelto
 

@@ -2,48 +2,29 @@
 
 namespace zelto {
 
-void PutBackText::PutBack(std::string_view text) {
-    OwnLine();
-    if (text.size() <= at_) {
-        at_ -= text.size();
-        text.copy(text_.data() + at_, text.size());
+void PutBackText::PutBack(std::string_view text, bool is_converted) {
+    if (text.empty())
+        return;
+    if (!IsEmpty() && pieces_.back().is_converted == is_converted &&
+        pieces_.back().at >= text.size()) {
+        Piece& front = pieces_.back();
+        front.at -= text.size();
+        text.copy(front.text.data() + front.at, text.size());
         return;
     }
-    text_.replace(0, at_, std::string(text));  // a copy: it may be part of the text
-    at_ = 0;
+    pieces_.push_back({std::string(text), 0, is_converted});
 }
 
-void PutBackText::Clear() {
-    text_.clear();
-    at_ = 0;
-    holds_line_ = false;
-}
-
-std::string_view PutBackText::Unread() {
-    OwnLine();
-    return std::string_view(text_).substr(at_);
+std::string_view PutBackText::Front() const {
+    const Piece& front = pieces_.back();
+    return std::string_view(front.text).substr(front.at);
 }
 
 void PutBackText::Take(size_t count) {
-    OwnLine();
-    at_ += count;
-}
-
-void PutBackText::HoldLine(std::string_view line, char end, const char* readable) {
-    holds_line_ = true;
-    line_ = line.data();
-    line_stop_ = line.data() + line.size();
-    line_end_ = end;
-    readable_ = readable;
-}
-
-void PutBackText::OwnLine() {
-    if (!holds_line_)
-        return;
-    holds_line_ = false;
-    std::string line(Line());
-    line.push_back(line_end_);
-    PutBack(line);
+    Piece& front = pieces_.back();
+    front.at += count;
+    if (front.at == front.text.size())
+        pieces_.pop_back();
 }
 
 }  // namespace zelto

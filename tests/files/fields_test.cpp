@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "common/files/fichero_itv.h"
+#include "common/text/text_utils.h"
 #include "tests/files/files_fixture.h"
 
 namespace zelto::test {
@@ -45,6 +46,10 @@ TEST_F(FieldsTest, AreTextAndSeparatorOrRawBytes) {
     Check<long>(7, "7", std::string("\7\0\0\0\0\0\0\0", sizeof(long)));
     Check<unsigned long>(7, "7", std::string("\7\0\0\0\0\0\0\0", sizeof(long)));
     Check<double>(-1.25, "-1.25", "\0\0\0\0\0\0\xF4\xBF"s);
+    Check<double>(3'000'000'000.25, "3000000000.25", "\0\0\x08\xC0\x0B\x5A\xE6\x41"s);
+    Check<double>(-1e15, "-1000000000000000.00", "\0\0\x34\x26\xF5\x6B\x0C\xC3"s);
+    Check<double>(9223372036854774784.0, "9223372036854774784.00",
+                  "\xFF\xFF\xFF\xFF\xFF\xFF\xDF\x43");
     Check<float>(1.5F, "1.50", "\0\0\xC0\x3F"s);
     Check(DDateTime(25, 12, 2009, 10, 20, 30), "25-12-09  10:20:30",
           "\0\0\0\0\x19\0\0\0\x0C\0\0\0\xD9\7\0\0\x0A\0\0\0\x14\0\0\0\0\0\xF0\x41"s);
@@ -102,7 +107,10 @@ TEST_F(FieldsTest, ReadNumbersLeniently) {
         EXPECT_EQ(ReadFrom<int16_t>(c.text), static_cast<int16_t>(c.value)) << c.text;
     }
     EXPECT_EQ(ReadFrom<int64_t>("-9223372036854775807 "), -INT64_MAX);
-    EXPECT_EQ(ReadFrom<double>("-0.25x"), -0.25);
+    for (const char* text :
+         {"-0.25x", "1.5", "12", "12.x", "ab.5", "-+3.25;", "12a.5", ".5", "",
+          "0.1234567890123456789", "0.123456789012345 ", "1234567.89\n", "-0.07 "})
+        EXPECT_EQ(ReadFrom<double>(text), TextToDouble(text, false)) << text;
     EXPECT_TRUE(ReadFrom<DDateTime>("no date").IsNull());
     EXPECT_EQ(ReadFrom<int32_t>(std::string(19'993, '0') + "123456789"), 123456);  // cut
 }

@@ -42,7 +42,8 @@ TEST_F(TextTest, CutsLinesIntoTokens) {
         {std::string("a\0b c\0\0d\xFF"
                      "e",
                      10),
-         "a|b|c|d|e|"},
+         "a|b|c|d\xFF"
+         "e|"},
         {std::string(19'998, 'x') + "yz\nw", std::string(19'998, 'x') + "y|w|"},
         {std::string(30'000, ' ') + "a" + std::string(30'000, ' ') + "b\nc", "a|c|"},
     };
@@ -75,16 +76,18 @@ TEST_F(TextTest, ReadsLinesWithALimitAndCountsThem) {
     EXPECT_TRUE(file.IsEof());
 }
 
-TEST_F(TextTest, ConvertsFromTheCodepageOfTheMark) {
-    // Without a mark a file is in the system's default codepage, and is converted at every
-    // reading: a rest that was put back is converted once more.
+TEST_F(TextTest, ConvertsFromTheCodepageOfTheMarkOnce) {
     SetCurrentCodepage(65001);
-    EXPECT_EQ(Tokens("\xE9"), "\xC3\xA9|");
-    EXPECT_EQ(Tokens("a \xE9"), "a|\xC3\x83\xC2\xA9|");
+    EXPECT_EQ(Tokens("\xE9 \xE9 \xE9"), "\xC3\xA9|\xC3\xA9|\xC3\xA9|");
     EXPECT_EQ(Tokens("\xEF\xBB\xBF\xC3\xA9 \xC3\xA9"), "\xC3\xA9|\xC3\xA9|");
     SetCurrentCodepage(1252);
     EXPECT_EQ(Tokens("\xEF\xBB\xBF\xC3\xA9 b\n"), "\xE9|b|");
     EXPECT_EQ(Tokens("\xE9 \xE9 \xE9"), "\xE9|\xE9|\xE9|");
+    DString line;
+    TFicheroITV(Name("text"), FICH_READ | FICH_TEXT).ReadLine(line);
+    EXPECT_EQ(line.codepage(), 1252);
+    SetCurrentCodepage(0);
+    EXPECT_EQ(line.codepage(), 1252);
 }
 
 TEST_F(TextTest, WantsTextReading) {
@@ -137,9 +140,7 @@ class PlainReader {
     int lines = 0;
 
   private:
-    static bool Stops(char c) {
-        return c == '\n' || c == '\r' || c == ';' || c == 0 || c == '\xFF';
-    }
+    static bool Stops(char c) { return c == '\n' || c == '\r' || c == ';' || c == 0; }
     char Next() {
         const char c = input_[0];
         input_.erase(0, 1);
@@ -242,6 +243,46 @@ TEST_F(TextTest, EndsWhereAFileHasShrunk) {
                 std::filesystem::resize_file(Host("text"), 20'000);
         }
         EXPECT_EQ(sum, 3333 * (1 + 2 + 3) + 1);  // and "1 " at the end
+    }
+}
+
+TEST_F(TextTest, KeepsWhatItHoldsWhenItsInputGoes) {
+    std::string text = "1 2 3\n";
+    while (text.size() < 100'000)
+        text += "44 ";
+    for (const uint32_t stream : kStreams) {
+        Put("text", text);
+        TFicheroITV file(Name("text"), FICH_READ | FICH_TEXT | stream);
+        DString token;
+        file.get_dato_texto(token);
+        file.SetDataRegion(100, 50);
+        std::string all;
+        for (file.SetPos(0); !token.is_empty(); file.get_dato_texto(token))
+            all += token.c_str() + std::string(" ");
+        // What was held of the line, then what the region has of its tokens.
+        std::string expected = "1 2 3 ";
+        for (const char c : text.substr(100, 50))
+            expected += c == ' ' && expected.back() == ' ' ? "" : std::string(1, c);
+        EXPECT_EQ(all, expected + (expected.back() == ' ' ? "" : " "));
+        EXPECT_TRUE(file.IsEof());
+        file.PutBack("gone");
+        Put("text", "7");
+        ASSERT_TRUE(file.close() && file.Abre(Name("text"), FICH_READ | FICH_TEXT | stream));
+        file.get_dato_texto(token);
+        EXPECT_STREQ(token.c_str(), "7");  // the next file begins with its own bytes
+    }
+}
+
+TEST_F(TextTest, WritesWhereTheTextWasReadTo) {
+    for (const uint32_t stream : {uint32_t{0}, FICH_HANDLE}) {
+        Put("text", "1\n2\n3\n");
+        TFicheroITV file(Name("text"), FICH_READ | FICH_UPDATE | FICH_TEXT | stream);
+        int value = 0;
+        file >> value;
+        EXPECT_TRUE(file.Write("x", 1));
+        file >> value;
+        EXPECT_TRUE(file.close());
+        EXPECT_EQ(Get("text") + std::to_string(value), "1\nx\n3\n3");
     }
 }
 

@@ -1,27 +1,42 @@
-// Eight characters at a time in a 64-bit word, the first in the lowest byte on every host.
+// Looking at text: blanks, where a line's text stops, digits. Eight characters at a time in a
+// 64-bit word, the first in the lowest byte on every host.
 
-#ifndef ZELTO_COMMON_FILES_SWAR_H
-#define ZELTO_COMMON_FILES_SWAR_H
+#ifndef ZELTO_COMMON_FILES_TEXT_SCAN_H
+#define ZELTO_COMMON_FILES_TEXT_SCAN_H
 
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <string_view>
+
+#include "common/files/little_endian.h"
 
 namespace zelto {
+
+inline bool IsBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+inline bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// How many blanks stand at the front.
+inline size_t CountBlanks(std::string_view text) {
+    size_t count = 0;
+    while (count < text.size() && IsBlank(text[count]))
+        ++count;
+    return count;
+}
+
+// How many characters stand in front of the first that ends the text of a line: LF, CR, ";", NUL.
+size_t CountText(std::string_view text);
 
 inline constexpr uint64_t kOnes = 0x0101010101010101;
 inline constexpr uint64_t kHighBits = 0x8080808080808080;
 
 inline uint64_t LoadEight(const char* text) {
-    uint64_t word = 0;
-    if constexpr (std::endian::native == std::endian::little) {
-        std::memcpy(&word, text, sizeof word);
-    } else {
-        for (size_t i = 0; i < sizeof word; ++i)
-            word |= uint64_t{static_cast<unsigned char>(text[i])} << (8 * i);
-    }
-    return word;
+    return LoadLittle<uint64_t>(text);
 }
 
 // The high bit of every byte that equals `byte`, and perhaps of some behind the first of them.
@@ -41,7 +56,7 @@ inline uint64_t NotDigits(uint64_t word) {
     return ((word + kOnes * (0x80 - ('9' + 1))) | (word - kOnes * '0')) & kHighBits;
 }
 
-inline constexpr size_t kDecimalRoom = 9;
+inline constexpr std::ptrdiff_t kDecimalRoom = 9;
 
 // Reads digits that do not go beyond `end`, modulo 2^64; eight bytes must be readable, of which
 // those behind `end` do not matter when a non-digit stands there. Returns the character behind the
@@ -57,7 +72,7 @@ inline const char* ReadDigits(const char* text, const char* end, uint64_t& value
     sum = (sum * 100 + (sum >> 16)) & 0x0000FFFF0000FFFF;
     sum = (sum * 10000 + (sum >> 32)) & 0xFFFFFFFF;
     const char* at = text + digits;
-    for (; digits == 8 && at < end && *at >= '0' && *at <= '9'; ++at)
+    for (; digits == 8 && at < end && IsDigit(*at); ++at)
         sum = sum * 10 + static_cast<uint64_t>(*at - '0');
     value = sum;
     return at;
