@@ -18,7 +18,7 @@
 #include "bench/request/futex_ping_pong.h"
 #include "bench/request/responder.h"
 #include "platform/coredll/coredll.h"
-#include "platform/coredll/linux/base/device.h"
+#include "platform/coredll/linux/device_admin.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 #include "tests/support/temp_device.h"
 

@@ -72,6 +72,28 @@ TEST_F(Queues, AShortBufferTakesTheMessageAndLosesItsRest) {
     EXPECT_EQ(ReadText(reader), "next");
 }
 
+TEST_F(Queues, ANullMessageStoresNothingAndSucceeds) {
+    HANDLE writer = OpenQueue(TEXT("q"), false);
+    HANDLE reader = OpenQueue(TEXT("q"), true);
+    for (const DWORD size : {0u, 5u, 5000u})
+        EXPECT_TRUE(WriteMsgQueue(writer, nullptr, size, 0, 0)) << size;
+    EXPECT_EQ(ReadText(reader), "error 1460");
+}
+
+// Sizes whose blocks do not count in 32 bits.
+TEST_F(Queues, MessagesBeyondTheStoreAreRefused) {
+    for (const DWORD size : {0xFFFFFFF0u, 0xFFFFFFFFu, 240u * 16384 + 1}) {
+        EXPECT_EQ(OpenQueue(TEXT("q"), false, MSGQUEUE_ALLOW_BROKEN, 1, size), nullptr) << size;
+        EXPECT_EQ(GetLastError(), ERROR_OUTOFMEMORY) << size;
+        HANDLE writer =
+            OpenQueue(nullptr, false, MSGQUEUE_ALLOW_BROKEN | MSGQUEUE_NOPRECOMMIT, 1, size);
+        char byte = 0;
+        EXPECT_FALSE(WriteMsgQueue(writer, &byte, size, 0, 0)) << size;
+        EXPECT_EQ(GetLastError(), ERROR_OUTOFMEMORY) << size;
+        CloseMsgQueue(writer);
+    }
+}
+
 TEST_F(Queues, WrongHandlesAndArguments) {
     HANDLE writer = OpenQueue(TEXT("q"), false);
     HANDLE reader = OpenQueue(TEXT("q"), true);
@@ -88,6 +110,7 @@ TEST_F(Queues, WrongHandlesAndArguments) {
     };
     const Case invalid_handle[] = {
         run("write on a read end", WriteMsgQueue(reader, &byte, 1, 0, 0)),
+        run("write null on a read end", WriteMsgQueue(reader, nullptr, 1, 0, 0)),
         run("read on a write end", ReadMsgQueue(writer, &byte, 1, &read, 0, nullptr)),
         run("write on an event", WriteMsgQueue(event, &byte, 1, 0, 0)),
         run("close an event as a queue", CloseMsgQueue(event)),
@@ -98,7 +121,6 @@ TEST_F(Queues, WrongHandlesAndArguments) {
         EXPECT_EQ(c.error, ERROR_INVALID_HANDLE) << c.what;
     }
     const Case invalid_parameter[] = {
-        run("write null", WriteMsgQueue(writer, nullptr, 5, 0, 0)),
         run("write nothing", WriteMsgQueue(writer, &byte, 0, 0, 0)),
         run("write with unknown flag", WriteMsgQueue(writer, &byte, 1, 0, 2)),
         run("read into null", ReadMsgQueue(reader, nullptr, 1, &read, 0, nullptr)),

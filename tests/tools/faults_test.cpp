@@ -103,7 +103,7 @@ TEST(Navigator, SilentOrLateIsATimeOutAndNoMore) {
     test.Restart({"--delay-ms", "700", "--fault-for", "F"});
     ExpectSays(Port({"init"}), 0, "success");
     test.Restart({"--silent"});
-    ExpectSays(Port({"init"}), 1, "ZeltoNavPort_Init: 87 (");
+    ExpectSays(Port({"init"}), 1, "ZeltoNavPort_Init: 1007 (");
 }
 
 TEST(Navigator, RepliesOfAnyFormGiveTheDocumentedResults) {

@@ -4,9 +4,7 @@
 #include <cstdio>
 #include <fmt/core.h>
 
-#include "platform/coredll/linux/base/console.h"
-#include "platform/coredll/linux/base/device.h"
-#include "platform/coredll/linux/objects/store.h"
+#include "platform/coredll/linux/device_admin.h"
 #include "tools/zelto-navigator/queries.h"
 #include "tools/zelto-navigator/refusal.h"
 #include "tools/zelto-navigator/requests.h"
@@ -54,18 +52,15 @@ void AddFaultOptions(CLI::App& app, Faults& faults) {
 
 // What a client starts has nobody to print to: its lines are kept in the device.
 void KeepLog() {
-    const std::string path = zelto::coredll::DeviceFile("navigator.log");
     for (std::FILE* stream : {stdout, stderr}) {
         if (zelto::coredll::IsNowhere(stream))
-            (void)!std::freopen(path.c_str(), "a", stream);
+            zelto::coredll::AppendToDeviceFile(stream, "navigator.log");
     }
 }
 
 int Serve(const ServiceOptions& options, const std::string& journal_path) {
-    std::string why;
     KeepLog();
-    if (zelto::coredll::CheckDevice(&why))
-        why = zelto::coredll::StoreProblem();
+    const std::string why = zelto::coredll::DeviceProblem();
     if (!why.empty()) {
         fmt::print(stderr, "zelto-navigator: {}\n", why);
         return 1;

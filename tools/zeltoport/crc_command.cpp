@@ -12,7 +12,7 @@
 
 #include "common/files/file_crc32.h"
 #include "common/text/codepage.h"
-#include "platform/coredll/linux/base/console.h"
+#include "platform/coredll/linux/device_admin.h"
 #include "tools/text/wide.h"
 #include "tools/zeltoport/command.h"
 #include "tools/zeltoport/progress_bar.h"

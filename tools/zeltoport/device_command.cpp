@@ -3,9 +3,7 @@
 #include <fmt/core.h>
 #include <memory>
 
-#include "platform/coredll/linux/base/device.h"
-#include "platform/coredll/linux/objects/store_report.h"
-#include "platform/coredll/linux/registry/registry_file.h"
+#include "platform/coredll/linux/device_admin.h"
 #include "tools/text/wide.h"
 #include "tools/zeltoport/command.h"
 #include "tools/zeltoport/registered_navigator.h"
@@ -17,17 +15,11 @@ namespace {
 using coredll::StoreReport;
 using nlohmann::json;
 
-void RequireRegistry() {
-    const std::string problem = coredll::RegistryProblem();
-    if (!problem.empty())
-        throw CommandError(problem);
-}
-
 void InitDevice(Session& session, const std::string& navigator) {
     std::string why;
     if (!coredll::CreateDevice(&why))
         throw CommandError(why);
-    RequireRegistry();
+    RequireWorkingDevice();
     const std::string program = navigator.empty() ? NavigatorBeside() : navigator;
     if (program.empty())
         throw CommandError(
@@ -95,8 +87,7 @@ json StoreInJson(const StoreReport& store) {
 }
 
 void ShowDevice(Session& session) {
-    RequireDevice();
-    RequireRegistry();
+    RequireWorkingDevice();
     StoreReport store;
     std::string why;
     if (!coredll::DescribeStore(store, &why))

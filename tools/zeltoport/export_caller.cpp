@@ -2,28 +2,12 @@
 
 #include <fmt/core.h>
 
-#include "platform/coredll/linux/objects/store.h"
-#include "platform/coredll/linux/registry/registry_file.h"
+#include "platform/coredll/linux/device_admin.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 #include "tools/text/wide.h"
 #include "tools/zeltoport/results.h"
 
 namespace zelto::tools {
-
-namespace {
-
-// The library answers with bare codes; what is wrong with the device itself is said beforehand.
-void RequireWorkingDevice() {
-    RequireDevice();
-    const std::string store_problem = coredll::StoreProblem();
-    coredll::CloseStore();  // the library has a connection of its own
-    for (const std::string& problem : {store_problem, coredll::RegistryProblem()}) {
-        if (!problem.empty())
-            throw CommandError(problem);
-    }
-}
-
-}  // namespace
 
 Connect ExportCaller::Chosen(Connect usual) const {
     if (choice_.empty())
@@ -34,6 +18,7 @@ Connect ExportCaller::Chosen(Connect usual) const {
 bool ExportCaller::Prepare(Connect usual) {
     const Connect connect = Chosen(usual);
     RequireWorkingDevice();
+    coredll::Disconnect();  // the library has a connection of its own
     if (connect == Connect::kNone)
         return true;
     const bool init = connect == Connect::kInit;

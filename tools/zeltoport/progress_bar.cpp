@@ -5,7 +5,7 @@
 #include <fmt/core.h>
 #include <utility>
 
-#include "platform/coredll/linux/base/console.h"
+#include "platform/coredll/linux/device_admin.h"
 
 namespace zelto::tools {
 

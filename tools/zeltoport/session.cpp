@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <fmt/core.h>
 
-#include "platform/coredll/linux/base/device.h"
+#include "platform/coredll/linux/device_admin.h"
 
 namespace zelto::tools {
 
@@ -25,6 +25,12 @@ void RequireDevice() {
     std::string why;
     if (!coredll::CheckDevice(&why))
         throw CommandError(why);
+}
+
+void RequireWorkingDevice() {
+    const std::string problem = coredll::DeviceProblem();
+    if (!problem.empty())
+        throw CommandError(problem);
 }
 
 }  // namespace zelto::tools

@@ -53,6 +53,9 @@ class Session {
 // Throws CommandError with the reason when the device directory cannot be used.
 void RequireDevice();
 
+// The same when its registry or its object store cannot be used; connects to the store.
+void RequireWorkingDevice();
+
 }  // namespace zelto::tools
 
 #endif

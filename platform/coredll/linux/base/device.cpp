@@ -1,47 +1,68 @@
 #include "platform/coredll/linux/base/device.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace zelto::coredll {
 namespace {
 
-bool Refuse(std::string* why, const std::string& sentence) {
-    if (why != nullptr)
-        *why = sentence;
-    return false;
+std::string Quoted(const std::string& path) {
+    return "Device directory '" + PrintablePath(path) + "'";
 }
 
-bool CheckDirectory(const std::string& path, std::string* why) {
+// What is wrong with the path that was not opened, by errno.
+std::string OpenProblem(const std::string& path) {
+    if (errno == ENOTDIR || errno == ELOOP)
+        return Quoted(path) +
+               " is not a directory (links are not followed): remove it or set ZELTO_DEVICE to "
+               "another path.";
+    if (errno == EACCES)
+        return Quoted(path) +
+               " cannot be entered by this user: set ZELTO_DEVICE to one of your own.";
+    const std::string reason = errno == ENOENT ? "is not there" : std::strerror(errno);
+    return Quoted(path) + " " + reason +
+           ": make it with 'zeltoport device init', or set ZELTO_DEVICE.";
+}
+
+// What is wrong with the directory that was; "" when nothing is.
+std::string DirectoryProblem(const std::string& path, int directory) {
     struct stat status {};
-    if (path.empty()) {
-        return Refuse(why, "No device directory: set ZELTO_DEVICE to the path of one.");
-    }
-    if (path.front() != '/') {
-        return Refuse(why, "Device directory '" + path + "': ZELTO_DEVICE must be a full path.");
-    }
-    if (lstat(path.c_str(), &status) != 0) {
-        const std::string reason = errno == ENOENT ? "is not there" : std::strerror(errno);
-        return Refuse(why, "Device directory '" + path + "' " + reason +
-                               ": make it with 'zeltoport device init', or set ZELTO_DEVICE.");
-    }
-    if (!S_ISDIR(status.st_mode)) {
-        return Refuse(why, "Device directory '" + path +
-                               "' is not a directory (links are not followed): remove it or set "
-                               "ZELTO_DEVICE to another path.");
-    }
-    if (status.st_uid != geteuid()) {
-        return Refuse(why, "Device directory '" + path +
-                               "' belongs to another user: set ZELTO_DEVICE to one of your own.");
-    }
-    if ((status.st_mode & 07777) != 0700) {
-        return Refuse(
-            why, "Device directory '" + path + "' is open to other users: run 'chmod 0700' on it.");
-    }
-    return true;
+    if (fstat(directory, &status) != 0)
+        return OpenProblem(path);
+    if (status.st_uid != geteuid())
+        return Quoted(path) + " belongs to another user: set ZELTO_DEVICE to one of your own.";
+    if ((status.st_mode & 07777) != 0700)
+        return Quoted(path) + " is open to other users: run 'chmod 0700' on it.";
+    return "";
+}
+
+UniqueFd OpenDirectory(const std::string& path, std::string& problem) {
+    if (path.empty())
+        problem = "No device directory: set ZELTO_DEVICE to the path of one.";
+    else if (path.front() != '/')
+        problem = Quoted(path) + ": ZELTO_DEVICE must be a full path.";
+    if (!problem.empty())
+        return {};
+    UniqueFd directory(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    problem = directory.IsOpen() ? DirectoryProblem(path, directory.Get()) : OpenProblem(path);
+    return problem.empty() ? std::move(directory) : UniqueFd();
+}
+
+// Leaves errno alone.
+UniqueFd OpenOrSay(const std::string& path, std::string* why) {
+    errno = 0;
+    std::string problem;
+    UniqueFd directory = OpenDirectory(path, problem);
+    const int saved = errno;
+    if (why != nullptr && !problem.empty())
+        *why = problem;
+    errno = saved;
+    return directory;
 }
 
 bool MakeParents(const std::string& path) {
@@ -53,42 +74,61 @@ bool MakeParents(const std::string& path) {
     return true;
 }
 
+// The path without slashes at its end: behind a link's name they would have the link followed.
+std::string Trimmed(std::string path) {
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
 }  // namespace
 
 std::string DevicePath() {
     const char* set = std::getenv("ZELTO_DEVICE");
     if (set != nullptr && *set != '\0')
-        return set;
+        return Trimmed(set);
     const char* data = std::getenv("XDG_DATA_HOME");
     if (data != nullptr && *data == '/')
-        return std::string(data) + "/zelto-device";
+        return Trimmed(data) + "/zelto-device";
     const char* home = std::getenv("HOME");
     if (home != nullptr && *home == '/')
-        return std::string(home) + "/.local/share/zelto-device";
+        return Trimmed(home) + "/.local/share/zelto-device";
     return "";
 }
 
+std::string PrintablePath(const std::string& path) {
+    std::string text;
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        char escape[8];
+        std::snprintf(escape, sizeof escape, "\\x%02x", byte);
+        if (byte < 0x20 || byte == 0x7F)
+            text += escape;
+        else
+            text += c;
+    }
+    return text;
+}
+
+UniqueFd OpenDevice(std::string* why) {
+    return OpenOrSay(DevicePath(), why);
+}
+
 bool CheckDevice(std::string* why) {
-    return CheckDirectory(DevicePath(), why);
+    return OpenDevice(why).IsOpen();
 }
 
 bool CreateDevice(std::string* why) {
-    std::string path = DevicePath();
-    while (path.size() > 1 && path.back() == '/')
-        path.pop_back();
+    const std::string path = DevicePath();
     if (path.size() > 1 && path.front() == '/') {
         const bool made = MakeParents(path) && mkdir(path.c_str(), 0700) == 0;
         if (!made && errno != EEXIST) {
-            return Refuse(why, "Device directory '" + path +
-                                   "' cannot be made: " + std::strerror(errno) + ".");
+            if (why != nullptr)
+                *why = Quoted(path) + " cannot be made: " + std::strerror(errno) + ".";
+            return false;
         }
     }
-    return CheckDirectory(path, why);
-}
-
-std::string DeviceFile(const char* name) {
-    const std::string path = DevicePath();
-    return CheckDirectory(path, nullptr) ? path + "/" + name : std::string();
+    return OpenOrSay(path, why).IsOpen();
 }
 
 }  // namespace zelto::coredll

@@ -21,12 +21,6 @@ constexpr long kFutex = SYS_futex;
 
 }  // namespace
 
-int64_t MonotonicNanoseconds() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return int64_t{now.tv_sec} * kNanosecondsPerSecond + now.tv_nsec;
-}
-
 void FutexWait(Word& word, uint32_t expected, int64_t nanoseconds) {
     timespec time{};
     time.tv_sec = static_cast<time_t>(nanoseconds / kNanosecondsPerSecond);

@@ -3,13 +3,21 @@
 #ifndef ZELTO_PLATFORM_COREDLL_LINUX_BASE_FUTEX_H
 #define ZELTO_PLATFORM_COREDLL_LINUX_BASE_FUTEX_H
 
+#include <atomic>
 #include <cstdint>
-
-#include "platform/coredll/linux/objects/store_layout.h"
 
 namespace zelto::coredll {
 
-int64_t MonotonicNanoseconds();
+// 32 bits, since wider atomics are not lock-free on every target, and a lock that lives in one
+// process's memory would not hold for another.
+using Word = std::atomic<uint32_t>;
+static_assert(sizeof(Word) == 4);
+
+// Changed at every event that someone may wait for; see objects/waiting.h.
+struct WaitWord {
+    Word sequence;
+    Word sleepers;
+};
 
 // Sleeps while the word holds `expected`, at most `nanoseconds`. May return early for no reason.
 void FutexWait(Word& word, uint32_t expected, int64_t nanoseconds);

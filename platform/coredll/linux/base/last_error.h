@@ -21,6 +21,13 @@ inline HANDLE FailHandle(DWORD error) {
     return Fail(error, INVALID_HANDLE_VALUE);
 }
 
+// A success that tells more by the last error, 0 or 183 as a rule.
+template <class Result>
+Result Succeed(DWORD told, Result result) {
+    SetLastError(told);
+    return result;
+}
+
 // The error number that stands for an errno value; 31 (general failure) for one without.
 // ENOENT is 2: a caller that knows the folder to be missing says 3 itself.
 DWORD ErrorFromErrno(int error_number);

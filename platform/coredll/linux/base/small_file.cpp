@@ -5,19 +5,23 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include "platform/coredll/linux/base/monotonic.h"
+
 namespace zelto::coredll {
 namespace {
 
+constexpr useconds_t kLockPause = 500;  // between attempts to lock
+
 // A pipe in the file's place is not waited for.
-UniqueFd Open(const std::string& path, int flags) {
-    constexpr int kAlways = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+UniqueFd Open(const UniqueFd& folder, const std::string& name, int flags) {
+    constexpr int kAlways = O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
     constexpr mode_t kPrivate = 0600;
-    return UniqueFd(
-        RetryInterrupted([&] { return open(path.c_str(), flags | kAlways, kPrivate); }));
+    return UniqueFd(RetryInterrupted(
+        [&] { return openat(folder.Get(), name.c_str(), flags | kAlways, kPrivate); }));
 }
 
-int WriteAndSync(const std::string& path, std::string_view text) {
-    const UniqueFd file = Open(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
+int WriteAndSync(const UniqueFd& folder, const std::string& name, std::string_view text) {
+    const UniqueFd file = Open(folder, name, O_WRONLY | O_CREAT | O_TRUNC);
     if (!file.IsOpen())
         return errno;
     while (!text.empty()) {
@@ -30,17 +34,10 @@ int WriteAndSync(const std::string& path, std::string_view text) {
     return fsync(file.Get()) == 0 ? 0 : errno;
 }
 
-// Makes the new name outlive a power cut. Not every file system can; the file is whole anyway.
-void SyncFolderOf(const std::string& path) {
-    const UniqueFd folder = Open(path.substr(0, path.rfind('/') + 1), O_RDONLY | O_DIRECTORY);
-    if (folder.IsOpen())
-        fsync(folder.Get());
-}
-
 }  // namespace
 
-int ReadSmallFile(const std::string& path, size_t limit, Links links, std::string& text) {
-    const UniqueFd file = Open(path, O_RDONLY | (links == Links::kRefused ? O_NOFOLLOW : 0));
+int ReadSmallFile(const UniqueFd& folder, const char* name, size_t limit, std::string& text) {
+    const UniqueFd file = Open(folder, name, O_RDONLY);
     struct stat status {};
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0)
         return errno;
@@ -58,22 +55,31 @@ int ReadSmallFile(const std::string& path, size_t limit, Links links, std::strin
     return EFBIG;
 }
 
-int ReplaceSmallFile(const std::string& path, std::string_view text) {
-    const std::string fresh = path + ".new";  // one writer at a time: a left one is replaced
-    int failed = WriteAndSync(fresh, text);
-    if (failed == 0 && std::rename(fresh.c_str(), path.c_str()) != 0)
+int ReplaceSmallFile(const UniqueFd& folder, const char* name, std::string_view text) {
+    const std::string fresh = std::string(name) + ".new";  // one writer at a time: a left one goes
+    int failed = WriteAndSync(folder, fresh, text);
+    if (failed == 0 && renameat(folder.Get(), fresh.c_str(), folder.Get(), name) != 0)
         failed = errno;
+    // The new name outlives a power cut where the file system can; the file is whole anyway.
     if (failed == 0)
-        SyncFolderOf(path);
+        fsync(folder.Get());
     else
-        unlink(fresh.c_str());
+        unlinkat(folder.Get(), fresh.c_str(), 0);
     return failed;
 }
 
-FileLock::FileLock(const std::string& path)
-    : file_(Open(path + ".lock", O_RDWR | O_CREAT | O_NOFOLLOW)) {
-    if (IsHeld() && RetryInterrupted([&] { return flock(file_.Get(), LOCK_EX); }) != 0)
+FileLock::FileLock(const UniqueFd& folder, const char* name)
+    : file_(Open(folder, std::string(name) + ".lock", O_RDWR | O_CREAT)) {
+    const int64_t end = MonotonicNanoseconds() + kFileLockPatience;
+    while (IsHeld() && flock(file_.Get(), LOCK_EX | LOCK_NB) != 0) {
+        const bool may_come = errno == EWOULDBLOCK || errno == EINTR;
+        if (may_come && MonotonicNanoseconds() < end) {
+            usleep(kLockPause);
+            continue;
+        }
+        errno = may_come ? EBUSY : errno;
         file_.Reset(-1);
+    }
 }
 
 }  // namespace zelto::coredll

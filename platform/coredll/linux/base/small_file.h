@@ -10,21 +10,22 @@
 
 namespace zelto::coredll {
 
-enum class Links { kRefused, kFollowed };
-
-// Reads an ordinary file. Result: 0 or an errno value; EACCES for a file of another kind, EFBIG
-// for one longer than the limit.
-int ReadSmallFile(const std::string& path, size_t limit, Links links, std::string& text);
+// Reads an ordinary file of an open folder; links are not followed. Result: 0 or an errno value;
+// EACCES for a file of another kind, EFBIG for one longer than the limit.
+int ReadSmallFile(const UniqueFd& folder, const char* name, size_t limit, std::string& text);
 
 // Puts the text in the file's place, whole or not at all, also when the host fails in between.
 // Result: 0 or an errno value, the file being as before. The caller holds the file's lock.
-int ReplaceSmallFile(const std::string& path, std::string_view text);
+int ReplaceSmallFile(const UniqueFd& folder, const char* name, std::string_view text);
 
 // The right to change a file, among all processes and threads, while the object lives. It is held
-// on a lock file next to it, and ends with its process. Waits for its turn; on failure errno tells.
+// on a lock file next to it, and ends with its process. Waits at most kFileLockPatience for its
+// turn, since its holder may be stopped; then, as at any failure, it is not held and errno tells,
+// EBUSY for a turn that did not come.
+constexpr int64_t kFileLockPatience = 2'000'000'000;  // ns
 class FileLock {
   public:
-    explicit FileLock(const std::string& path);
+    FileLock(const UniqueFd& folder, const char* name);
     bool IsHeld() const { return file_.IsOpen(); }
 
   private:

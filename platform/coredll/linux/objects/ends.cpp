@@ -1,6 +1,8 @@
 #include "platform/coredll/linux/objects/ends.h"
 
-#include "platform/coredll/linux/objects/store.h"
+#include <algorithm>
+
+#include "platform/coredll/linux/objects/process_table.h"
 
 namespace zelto::coredll {
 
@@ -16,15 +18,16 @@ uint32_t AddEnd(Store& store, EndKind kind, uint32_t object) {
     end.object = object;
     if (store.end_top <= index)
         store.end_top = index + 1;
+    // Release: whoever finds the end live, after a kill even, finds it whole.
     end.state.store(kLive, std::memory_order_release);
     return index;
 }
 
 void DropEnd(Store& store, uint32_t end) {
     store.ends[end].state.store(kFree, std::memory_order_release);
-    while (store.end_top > 0 && store.ends[store.end_top - 1].state.load() == kFree) {
+    store.end_top = std::min(store.end_top, kMaxEnds);
+    while (store.end_top > 0 && store.ends[store.end_top - 1].state.load() == kFree)
         --store.end_top;
-    }
 }
 
 EndSlot* MyEnd(Store& store, uintptr_t end, EndKind kind) {
@@ -32,7 +35,18 @@ EndSlot* MyEnd(Store& store, uintptr_t end, EndKind kind) {
         return nullptr;
     EndSlot& slot = store.ends[end];
     const bool mine = slot.state.load() == kLive && slot.owner == MyToken() && slot.kind == kind;
-    return mine ? &slot : nullptr;
+    return mine && IsWhole(slot) ? &slot : nullptr;
+}
+
+bool IsWhole(const EndSlot& end) {
+    switch (end.kind) {
+        case EndKind::kReader:
+        case EndKind::kWriter:
+            return end.object < kMaxQueues;
+        case EndKind::kEvent:
+            return end.object < kMaxEvents;
+    }
+    return false;
 }
 
 }  // namespace zelto::coredll

@@ -1,14 +1,17 @@
-#include "platform/coredll/api/events.h"
+#include "platform/coredll/linux/objects/events.h"
 
+#include <algorithm>
 #include <new>
+#include <utility>
 
+#include "platform/coredll/api/events.h"
 #include "platform/coredll/linux/base/handle_table.h"
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/objects/ends.h"
-#include "platform/coredll/linux/objects/object_name.h"
+#include "platform/coredll/linux/objects/names.h"
 #include "platform/coredll/linux/objects/store.h"
+#include "platform/coredll/linux/objects/store_guard.h"
 #include "platform/coredll/linux/objects/waiting.h"
-#include "platform/coredll/linux/process/thread_object.h"
 
 namespace zelto::coredll {
 namespace {
@@ -39,14 +42,17 @@ uint32_t FindOrMakeEvent(Store& store, const ObjectName& name, bool manual_reset
     CopyName(slot.name, name);
     slot.event.manual_reset = manual_reset ? 1 : 0;
     slot.event.signalled.store(initial ? 1 : 0);
+    // Release: whoever finds the event live, after a kill even, finds it whole.
     slot.state.store(kLive, std::memory_order_release);
     return free;
 }
 
-// An end on the named event, kNoEnd when a table is full.
+// An end on the named event, kNoEnd when a table is full or the lock not to be had.
 uint32_t TryOpenEvent(Store& store, const ObjectName& name, bool manual_reset, bool initial,
                       bool& existing) {
     const StoreLock lock(store);
+    if (!lock.IsHeld())
+        return kNoEnd;
     const uint32_t index = FindOrMakeEvent(store, name, manual_reset, initial, existing);
     if (index == kMaxEvents)
         return kNoEnd;
@@ -58,18 +64,18 @@ uint32_t TryOpenEvent(Store& store, const ObjectName& name, bool manual_reset, b
 
 void CloseNamedEvent(Store& store, uintptr_t end) {
     const StoreLock lock(store);
-    const EndSlot* slot = MyEnd(store, end, EndKind::kEvent);
+    const EndSlot* slot = lock.IsHeld() ? MyEnd(store, end, EndKind::kEvent) : nullptr;
     if (slot == nullptr)
-        return;
+        return;  // without the lock it goes with the process
     const uint32_t event = slot->object;
     DropEnd(store, static_cast<uint32_t>(end));
-    for (uint32_t i = 0; i < store.end_top; ++i) {
-        const EndSlot& other = store.ends[i];
-        if (other.state.load() == kLive && other.kind == EndKind::kEvent && other.object == event) {
-            return;
-        }
-    }
-    store.events[event].state.store(kFree);
+    const EndSlot* top = store.ends + std::min(store.end_top, kMaxEnds);
+    const bool held = std::any_of(std::as_const(store).ends, top, [event](const EndSlot& other) {
+        return other.state.load() == kLive && other.kind == EndKind::kEvent &&
+               other.object == event;
+    });
+    if (!held)
+        store.events[event].state.store(kFree);
 }
 
 EventState* EventOfWord(uintptr_t word) {
@@ -79,7 +85,8 @@ EventState* EventOfWord(uintptr_t word) {
     Store* store = OpenStore();
     if (store == nullptr)
         return nullptr;
-    const EndSlot* slot = MyEnd(*store, word >> 1, EndKind::kEvent);
+    const StoreLock lock(*store);
+    const EndSlot* slot = lock.IsHeld() ? MyEnd(*store, word >> 1, EndKind::kEvent) : nullptr;
     return slot == nullptr ? nullptr : &store->events[slot->object].event;
 }
 
@@ -95,9 +102,11 @@ bool TakeSignal(EventState& event) {
     return event.signalled.compare_exchange_strong(signalled, 0);
 }
 
-DWORD WaitForEvent(EventState& event, DWORD timeout) {
+DWORD WaitForEvent(EventState& event, bool named, DWORD timeout) {
     const Deadline deadline(timeout);
     for (;;) {
+        if (named && StoreIsGone())
+            return Fail(ERROR_INVALID_HANDLE, DWORD{WAIT_FAILED});
         const uint32_t seen = event.changed.sequence.load();
         if (TakeSignal(event))
             return WAIT_OBJECT_0;
@@ -113,7 +122,7 @@ HANDLE MakeEventHandle(uintptr_t word, DWORD error) {
         CloseEventWord(word);
         return Fail(ERROR_NOT_ENOUGH_MEMORY, handle);
     }
-    return Fail(error, handle);  // a success also sets the last error
+    return Succeed(error, handle);
 }
 
 HANDLE CreateLocalEvent(bool manual_reset, bool initial) {
@@ -132,6 +141,12 @@ bool ValidEventName(LPCWSTR name, ObjectName& object_name) {
 }
 
 }  // namespace
+
+DWORD WaitForEventWord(uintptr_t word, DWORD timeout) {
+    EventState* event = EventOfWord(word);
+    return event != nullptr ? WaitForEvent(*event, (word & kNamedBit) != 0, timeout)
+                            : Fail(ERROR_INVALID_HANDLE, DWORD{WAIT_FAILED});
+}
 
 void CloseEventWord(uintptr_t word) {
     if ((word & kNamedBit) == 0) {
@@ -181,15 +196,4 @@ BOOL EventModify(HANDLE event, DWORD operation) {
         default:
             return Fail(ERROR_INVALID_PARAMETER);
     }
-}
-
-DWORD WaitForSingleObject(HANDLE handle, DWORD timeout) {
-    uintptr_t word = 0;
-    if (LookUpHandle(handle, HandleKind::kThread, word)) {
-        return WaitForThread(word, timeout) ? DWORD{WAIT_OBJECT_0} : DWORD{WAIT_TIMEOUT};
-    }
-    EventState* event = EventOfHandle(handle);
-    if (event == nullptr)
-        return Fail(ERROR_INVALID_HANDLE, DWORD{WAIT_FAILED});
-    return WaitForEvent(*event, timeout);
 }

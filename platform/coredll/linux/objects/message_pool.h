@@ -9,12 +9,14 @@
 namespace zelto::coredll {
 
 // Blocks that a message of that size takes.
-constexpr uint32_t BlocksFor(uint32_t size) {
-    return (size + kBlockBytes - 1) / kBlockBytes;
+constexpr uint64_t BlocksFor(uint32_t size) {
+    return (uint64_t{size} + kBlockBytes - 1) / kBlockBytes;
 }
 
+// A number from the store that names no block leads to some block, never out of the table.
 inline Block& BlockAt(Store& store, uint32_t block) {
-    return store.blocks[block - 1];
+    static_assert((kBlockCount & (kBlockCount - 1)) == 0);
+    return store.blocks[(block - 1) & (kBlockCount - 1)];
 }
 
 // Promises that many blocks to a queue: its messages then always find room. False when fewer are
@@ -22,7 +24,8 @@ inline Block& BlockAt(Store& store, uint32_t block) {
 bool CommitBlocks(Store& store, uint64_t count);
 void ReleaseBlocks(Store& store, uint64_t count);
 
-// Copies a message into blocks; the caller has committed them. Size above 0.
+// Copies a message into blocks; the caller has committed them. Size above 0. 0 when they are not
+// there all the same, the store being damaged.
 uint32_t StoreMessage(Store& store, const void* bytes, uint32_t size);
 
 // Copies at most `size` bytes of a message out.

@@ -5,16 +5,19 @@
 #include <fcntl.h>
 #include <mutex>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+#include "platform/coredll/linux/base/unique_fd.h"
 
 namespace zelto::coredll {
 namespace {
 
 struct Watched {
-    uint32_t pid;
-    uint64_t start_time;
-    int descriptor;  // 0 none
+    uint32_t pid = 0;
+    uint64_t start_time = 0;
+    int descriptor = -1;  // a plain number, so that the table is there while globals are destroyed
 };
 
 std::mutex g_mutex;
@@ -22,12 +25,9 @@ Watched g_watched[kMaxWatched];  // guarded by g_mutex
 
 // Reads a small file of the host whole; "" when it cannot be read.
 std::string ReadHostFile(const char* path) {
-    const int file = open(path, O_RDONLY | O_CLOEXEC);
-    if (file < 0)
-        return "";
+    const UniqueFd file(open(path, O_RDONLY | O_CLOEXEC));
     char text[1024];
-    const ssize_t size = read(file, text, sizeof text);
-    close(file);
+    const ssize_t size = file.IsOpen() ? read(file.Get(), text, sizeof text) : 0;
     return size > 0 ? std::string(text, static_cast<size_t>(size)) : "";
 }
 
@@ -36,12 +36,12 @@ bool SameProcess(uint32_t pid, uint64_t start_time) {
     return now.has_value() && *now == start_time;
 }
 
-int OpenProcess(uint32_t pid) {
+UniqueFd OpenProcess(uint32_t pid) {
 #ifdef SYS_pidfd_open
-    return static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+    return UniqueFd(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
 #else
     static_cast<void>(pid);
-    return -1;
+    return {};
 #endif
 }
 
@@ -51,8 +51,7 @@ bool HasEnded(int descriptor) {
 }
 
 void Forget(Watched& watched) {
-    if (watched.descriptor > 0)
-        close(watched.descriptor);
+    UniqueFd(watched.descriptor).Reset(-1);
     watched = Watched{};
 }
 
@@ -86,19 +85,14 @@ std::optional<uint64_t> ProcessStartTime(uint32_t pid) {
 bool ProcessLives(uint32_t key, uint32_t pid, uint64_t start_time) {
     const std::lock_guard lock(g_mutex);
     Watched& watched = g_watched[key];
-    if (watched.descriptor > 0 && watched.pid == pid && watched.start_time == start_time) {
+    if (watched.descriptor >= 0 && watched.pid == pid && watched.start_time == start_time)
         return !HasEnded(watched.descriptor);
-    }
     Forget(watched);
-    const int descriptor = OpenProcess(pid);
+    UniqueFd descriptor = OpenProcess(pid);
     // The start time is read after the descriptor is there: the two are then of one process.
-    if (!SameProcess(pid, start_time)) {
-        if (descriptor > 0)
-            close(descriptor);
+    if (!SameProcess(pid, start_time))
         return false;
-    }
-    if (descriptor > 0)
-        watched = Watched{pid, start_time, descriptor};
+    watched = Watched{pid, start_time, descriptor.Release()};
     return true;
 }
 
@@ -106,6 +100,11 @@ void StopWatchingProcesses() {
     const std::lock_guard lock(g_mutex);
     for (Watched& watched : g_watched)
         Forget(watched);
+}
+
+uint64_t HostPidNamespace() {
+    struct stat status {};
+    return stat("/proc/self/ns/pid", &status) == 0 ? uint64_t{status.st_ino} : 0;
 }
 
 std::string HostBootId() {

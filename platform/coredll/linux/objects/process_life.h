@@ -24,6 +24,10 @@ bool ProcessLives(uint32_t key, uint32_t pid, uint64_t start_time);
 // Closes all descriptors.
 void StopWatchingProcesses();
 
+// Number of the process-id namespace that this process lives in: process ids of another one mean
+// other processes. 0 when the host does not say.
+uint64_t HostPidNamespace();
+
 // Text that differs from one boot of the host to the next; "" when the host does not say.
 std::string HostBootId();
 

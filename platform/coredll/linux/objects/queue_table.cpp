@@ -1,9 +1,10 @@
 #include "platform/coredll/linux/objects/queue_table.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "platform/coredll/linux/objects/message_pool.h"
-#include "platform/coredll/linux/objects/object_name.h"
+#include "platform/coredll/linux/objects/names.h"
 
 namespace zelto::coredll {
 namespace {
@@ -17,6 +18,7 @@ void DropMessages(Store& store, QueueSlot& queue) {
 
 void Unlink(Store& store, QueueSlot& queue) {
     queue.state.store(kFree, std::memory_order_release);
+    store.queue_top = std::min(store.queue_top, kMaxQueues);
     while (store.queue_top > 0 && store.queues[store.queue_top - 1].state.load() == kFree) {
         --store.queue_top;
     }
@@ -32,7 +34,7 @@ uint64_t CommittedAtCreation(const QueueSlot& queue) {
 }
 
 uint32_t FindQueue(const Store& store, const ObjectName& name) {
-    for (uint32_t i = 0; i < store.queue_top; ++i) {
+    for (uint32_t i = 0; i < std::min(store.queue_top, kMaxQueues); ++i) {
         const QueueSlot& queue = store.queues[i];
         if (queue.state.load() == kLive && queue.named != 0 && queue.broken == 0 &&
             SameName(queue.name, name)) {
@@ -68,6 +70,7 @@ uint32_t MakeQueue(Store& store, const MSGQUEUEOPTIONS& options, const ObjectNam
         CopyName(queue.name, *name);
     if (store.queue_top <= index)
         store.queue_top = index + 1;
+    // Release: whoever finds the queue live, after a kill even, finds it whole.
     queue.state.store(kLive, std::memory_order_release);
     return index;
 }
@@ -102,11 +105,14 @@ bool PushMessage(Store& store, QueueSlot& queue, const void* bytes, uint32_t siz
     if (CommittedAtCreation(queue) == 0 && !CommitBlocks(store, BlocksFor(size)))
         return false;
     const uint32_t message = StoreMessage(store, bytes, size);
+    if (message == 0)
+        return false;
     if (alert && queue.alert.load() == 0) {
         queue.alert.store(message, std::memory_order_release);
         return true;
     }
     Word& link = queue.head.load() == 0 ? queue.head : BlockAt(store, queue.tail).next_message;
+    // Release: a message is linked when it is whole, so a kill loses it or keeps all of it.
     link.store(message, std::memory_order_release);
     queue.tail = message;
     ++queue.count;

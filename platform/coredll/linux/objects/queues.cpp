@@ -5,9 +5,10 @@
 #include "platform/coredll/linux/base/handle_table.h"
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/objects/ends.h"
-#include "platform/coredll/linux/objects/object_name.h"
+#include "platform/coredll/linux/objects/names.h"
 #include "platform/coredll/linux/objects/queue_table.h"
 #include "platform/coredll/linux/objects/store.h"
+#include "platform/coredll/linux/objects/store_guard.h"
 #include "platform/coredll/linux/objects/waiting.h"
 
 namespace zelto::coredll {
@@ -26,7 +27,7 @@ bool ValidOptions(const MSGQUEUEOPTIONS* options) {
 
 // A dead process on the side that is now being opened: its messages must not pass for ours.
 bool SideHeldByDead(const Store& store, uint32_t queue, EndKind kind) {
-    const EndSlot* top = store.ends + store.end_top;
+    const EndSlot* top = store.ends + std::min(store.end_top, kMaxEnds);
     return std::any_of(store.ends, top, [&](const EndSlot& end) {
         return end.state.load() == kLive && end.object == queue && end.kind == kind &&
                !TokenLives(store, end.owner);
@@ -40,6 +41,10 @@ OpenedEnd TryOpenEnd(Store& store, const ObjectName* name, const MSGQUEUEOPTIONS
     const EndKind kind = options.bReadAccess != FALSE ? EndKind::kReader : EndKind::kWriter;
     const StoreLock lock(store);
     OpenedEnd result;
+    if (!lock.IsHeld()) {
+        result.error = kStoreBusy;
+        return result;
+    }
     uint32_t queue = name != nullptr ? FindQueue(store, *name) : kNoIndex;
     const bool existing = queue != kNoIndex;
     if (existing) {
@@ -77,6 +82,8 @@ void CloseEnd(Store& store, uintptr_t end) {
     WaitWord* changed = nullptr;
     {
         const StoreLock lock(store);
+        if (!lock.IsHeld())
+            return;  // it goes with the process
         for (const EndKind kind : {EndKind::kReader, EndKind::kWriter}) {
             const EndSlot* slot = MyEnd(store, end, kind);
             if (slot == nullptr)
@@ -107,6 +114,11 @@ LookResult Failed(DWORD error) {
     return {Look::kFailed, error, nullptr, 0, false};
 }
 
+// Why a look did not get the lock: the store is gone, and the handle with it, or somebody has it.
+DWORD WithoutLock() {
+    return StoreIsGone() ? DWORD{ERROR_INVALID_HANDLE} : kStoreBusy;
+}
+
 LookResult MustWait(QueueSlot& queue) {
     return {Look::kWait, ERROR_TIMEOUT, &queue.changed, queue.changed.sequence.load(),
             !AllowsBroken(queue)};
@@ -121,6 +133,8 @@ struct ReadRequest {
 
 LookResult LookForMessage(Store& store, uintptr_t end, const ReadRequest& request) {
     const StoreLock lock(store);
+    if (!lock.IsHeld())
+        return Failed(WithoutLock());
     const EndSlot* slot = MyEnd(store, end, EndKind::kReader);
     if (slot == nullptr)
         return Failed(ERROR_INVALID_HANDLE);
@@ -147,10 +161,15 @@ struct WriteRequest {
 
 LookResult LookForRoom(Store& store, uintptr_t end, const WriteRequest& request) {
     const StoreLock lock(store);
+    if (!lock.IsHeld())
+        return Failed(WithoutLock());
     const EndSlot* slot = MyEnd(store, end, EndKind::kWriter);
     if (slot == nullptr)
         return Failed(ERROR_INVALID_HANDLE);
     QueueSlot& queue = store.queues[slot->object];
+    // Nothing to store is no failure: a caller that only announces itself again passes no bytes.
+    if (request.buffer == nullptr)
+        return {Look::kDone, ERROR_SUCCESS, nullptr, 0, false};
     if (request.size > queue.message_bytes)
         return Failed(ERROR_INSUFFICIENT_BUFFER);
     if (queue.broken != 0 || (!AllowsBroken(queue) && queue.readers == 0)) {
@@ -212,7 +231,7 @@ HANDLE CreateMsgQueue(LPCWSTR name, const MSGQUEUEOPTIONS* options) {
         CloseEnd(*store, opened.end);
         return Fail(ERROR_NOT_ENOUGH_MEMORY, HANDLE{});
     }
-    return Fail(opened.error, handle);  // a success also sets the last error
+    return Succeed(opened.error, handle);
 }
 
 BOOL WriteMsgQueue(HANDLE queue, const void* buffer, DWORD size, DWORD timeout, DWORD flags) {
@@ -222,7 +241,7 @@ BOOL WriteMsgQueue(HANDLE queue, const void* buffer, DWORD size, DWORD timeout, 
         return Fail(ERROR_INVALID_HANDLE);
     }
     const bool known_flags = flags == 0 || flags == MSGQUEUE_MSGALERT;
-    if (buffer == nullptr || size == 0 || !known_flags)
+    if (!known_flags || (buffer != nullptr && size == 0))
         return Fail(ERROR_INVALID_PARAMETER);
     const WriteRequest request{buffer, size, flags};
     return LookOrWait(*store, timeout, [&] { return LookForRoom(*store, end, request); });

@@ -1,5 +1,8 @@
 // The object store: what the processes of one device share, in one mapped file.
 //
+// Nothing read from it is trusted: another process may have died, or gone wrong, while it wrote.
+// An index, a length or a count is held against its limit where it is used.
+//
 // The file holds offsets and indices, never pointers, and 32-bit atomics only. Every table entry
 // has one field whose store makes the entry exist (its `state`, or the link to a message); all
 // else is either written before that, or can be worked out again from it. So a process may die
@@ -8,10 +11,10 @@
 #ifndef ZELTO_PLATFORM_COREDLL_LINUX_OBJECTS_STORE_LAYOUT_H
 #define ZELTO_PLATFORM_COREDLL_LINUX_OBJECTS_STORE_LAYOUT_H
 
-#include <atomic>
 #include <cstdint>
 
 #include "platform/coredll/api/base.h"
+#include "platform/coredll/linux/base/futex.h"
 
 namespace zelto::coredll {
 
@@ -26,28 +29,43 @@ constexpr uint32_t kBlockCount = 16384;  // message memory, in blocks
 constexpr uint32_t kBlockBytes = 240;    // message bytes in one block
 constexpr uint32_t kMaxWindowText = 63;  // units of a class name or title, without the NUL
 
-using Word = std::atomic<uint32_t>;
-static_assert(Word::is_always_lock_free && sizeof(Word) == 4);
-
 constexpr char kStoreMagic[8] = {'Z', 'E', 'L', 'T', 'O', 'O', 'B', 'J'};
-constexpr uint32_t kStoreVersion = 1;
+constexpr uint32_t kStoreVersion = 2;
 
 enum State : uint32_t { kFree = 0, kLive = 1 };
 
-// Names a process slot and which of its successive users is meant: (use << 8) | (slot + 1).
-// 0 is nobody.
-using ProcessToken = uint32_t;
-constexpr ProcessToken kTokenMask = 0x7FFFFFFF;
+// Names a process slot and which of its successive users is meant; 0 is nobody. The top bit is
+// always clear, so that the lock may use it.
+class ProcessToken {
+  public:
+    constexpr ProcessToken() = default;
+    constexpr ProcessToken(uint32_t slot, uint32_t use)
+        : word_(((use << kSlotBits) | (slot + 1)) & kMask) {}
+    static constexpr ProcessToken FromWord(uint32_t word) {
+        ProcessToken token;
+        token.word_ = word & kMask;
+        return token;
+    }
 
-// Changed at every event that someone may wait for; see waiting.h.
-struct WaitWord {
-    Word sequence;
-    Word sleepers;
+    constexpr uint32_t Word() const { return word_; }
+    // Index of the slot; beyond the table for nobody, and for what is no token.
+    constexpr uint32_t Slot() const { return (word_ & ((1u << kSlotBits) - 1)) - 1; }
+    constexpr explicit operator bool() const { return word_ != 0; }
+    friend constexpr bool operator==(ProcessToken, ProcessToken) = default;
+
+  private:
+    static constexpr uint32_t kSlotBits = 8;
+    static constexpr uint32_t kMask = 0x7FFFFFFF;
+    uint32_t word_ = 0;
 };
+static_assert(sizeof(ProcessToken) == 4 && kMaxProcesses < 255);
+
+// A slot's users are counted, and the count stands in one word with what became of the last one:
+// whoever frees a slot exchanges the very word by which it judged, so a new user cannot lose it.
+enum SlotPhase : uint32_t { kSlotFree = 0, kSlotClaimed = 1, kSlotLive = 2, kSlotPhases = 4 };
 
 struct alignas(64) ProcessSlot {
-    Word state;
-    Word use;  // counts the slot's users
+    Word use;  // users so far * kSlotPhases + SlotPhase
     uint32_t pid;
     uint32_t start_time[2];  // clock ticks since boot, low and high; tells a reused pid apart
     WaitWord messages;       // a message was posted to one of its windows
@@ -138,7 +156,8 @@ struct Store {
     Word magic[2];  // the bytes of kStoreMagic; the first word is written last of all
     uint32_t version;
     uint32_t size;
-    char boot_id[40];  // of the host's boot in which the processes below lived
+    char boot_id[40];           // of the host's boot in which the processes below lived
+    uint32_t pid_namespace[2];  // in which their ids count, low and high
 
     alignas(64) Word lock;  // token of the owner, top bit: somebody sleeps for it; 0 free
 

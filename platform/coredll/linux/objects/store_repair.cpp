@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <bitset>
 
+#include "platform/coredll/linux/objects/ends.h"
 #include "platform/coredll/linux/objects/message_pool.h"
+#include "platform/coredll/linux/objects/names.h"
+#include "platform/coredll/linux/objects/process_table.h"
 #include "platform/coredll/linux/objects/queue_table.h"
 #include "platform/coredll/linux/objects/waiting.h"
 
@@ -14,13 +17,16 @@ using BlockSet = std::bitset<kBlockCount + 1>;
 
 void DropStaleOwners(Store& store) {
     for (EndSlot& end : store.ends) {
-        if (end.state.load() == kLive && !TokenIsCurrent(store, end.owner))
+        if (end.state.load() != kFree && (!TokenIsCurrent(store, end.owner) || !IsWhole(end)))
             end.state.store(kFree);
     }
     for (WindowSlot& window : store.windows) {
-        if (window.state.load() == kLive && !TokenIsCurrent(store, window.owner)) {
+        if (window.state.load() != kFree && !TokenIsCurrent(store, window.owner))
             window.state.store(kFree);
-        }
+        window.class_name[kMaxWindowText] = 0;
+        window.title[kMaxWindowText] = 0;
+        if (window.posted.load() - window.taken.load() > kMaxPostedMessages)
+            window.taken.store(window.posted.load());
     }
 }
 
@@ -30,7 +36,7 @@ void CountSides(Store& store) {
     store.end_top = 0;
     for (uint32_t i = 0; i < kMaxEnds; ++i) {
         const EndSlot& end = store.ends[i];
-        if (end.state.load() != kLive)
+        if (end.state.load() == kFree)
             continue;
         store.end_top = i + 1;
         if (end.kind != EndKind::kEvent)
@@ -51,7 +57,7 @@ bool MarkMessage(Store& store, const QueueSlot& queue, uint32_t message, BlockSe
     if (size == 0 || size > queue.message_bytes)
         return false;
     uint32_t block = message;
-    for (uint32_t left = BlocksFor(size); left != 0; --left) {
+    for (uint64_t left = BlocksFor(size); left != 0; --left) {
         if (block == 0 || block > store.fresh_block || used[block])
             return false;
         used.set(block);
@@ -86,14 +92,19 @@ void RebuildQueue(Store& store, QueueSlot& queue, BlockSet& used) {
     store.committed_blocks += static_cast<uint32_t>(committed);
 }
 
+// Whether the queue's own numbers can be: it holds no more than there is, and has a name that ends.
+bool IsWhole(const QueueSlot& queue, uint32_t committed_before) {
+    return committed_before + CommittedAtCreation(queue) <= kBlockCount && IsWholeName(queue.name);
+}
+
 void RebuildQueues(Store& store, BlockSet& used) {
     store.committed_blocks = 0;
     store.queue_top = 0;
     for (uint32_t i = 0; i < kMaxQueues; ++i) {
         QueueSlot& queue = store.queues[i];
-        if (queue.state.load() != kLive)
+        if (queue.state.load() == kFree)
             continue;
-        if (queue.readers == 0 && queue.writers == 0) {
+        if ((queue.readers == 0 && queue.writers == 0) || !IsWhole(queue, store.committed_blocks)) {
             queue.state.store(kFree);
             continue;
         }
@@ -117,14 +128,23 @@ void RebuildFreeList(Store& store, const BlockSet& used) {
     }
 }
 
+// Ends of queues that the rebuilding dropped.
+void DropEndsOfNothing(Store& store) {
+    for (EndSlot& end : store.ends) {
+        if (end.state.load() != kFree && end.kind != EndKind::kEvent &&
+            store.queues[end.object].state.load() == kFree)
+            end.state.store(kFree);
+    }
+}
+
 void DropUnheldEvents(Store& store) {
     std::bitset<kMaxEvents> held;
     for (const EndSlot& end : store.ends) {
-        if (end.state.load() == kLive && end.kind == EndKind::kEvent)
+        if (end.state.load() != kFree && end.kind == EndKind::kEvent)
             held.set(end.object);
     }
     for (uint32_t i = 0; i < kMaxEvents; ++i) {
-        if (!held[i])
+        if (!held[i] || !IsWholeName(store.events[i].name))
             store.events[i].state.store(kFree);
     }
 }
@@ -140,21 +160,13 @@ void WakeEverybody(Store& store) {
 
 }  // namespace
 
-bool TokenIsCurrent(const Store& store, ProcessToken token) {
-    const uint32_t index = (token & 0xFF) - 1;
-    if (index >= kMaxProcesses)
-        return false;
-    const ProcessSlot& slot = store.processes[index];
-    return slot.state.load() == kLive &&
-           (((slot.use.load() << 8) | (index + 1)) & kTokenMask) == token;
-}
-
 void RepairStore(Store& store) {
     BlockSet used;
     store.fresh_block = std::min(store.fresh_block, kBlockCount);
     DropStaleOwners(store);
     CountSides(store);
     RebuildQueues(store, used);
+    DropEndsOfNothing(store);
     RebuildFreeList(store, used);
     DropUnheldEvents(store);
     WakeEverybody(store);

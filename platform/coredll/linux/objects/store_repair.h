@@ -9,12 +9,11 @@ namespace zelto::coredll {
 
 // Drops the windows and open ends of processes that are no longer there, then the queues and
 // events that nobody holds, and works out every derived field anew: message counts, tails, the
-// free list, the marks. May be cut short and run again. Call with the lock held, after the slots
-// of dead processes were freed; wakes all who wait.
+// free list, the marks. Whatever holds an impossible number (an index beyond its table, a chain
+// that does not end, a text without an end) is dropped, too: a process that went wrong may have
+// written anything. May be cut short and run again. Call with the lock held, after the slots of
+// dead processes were freed; wakes all who wait.
 void RepairStore(Store& store);
-
-// Whether a token's slot is still taken by that very process, dead or alive.
-bool TokenIsCurrent(const Store& store, ProcessToken token);
 
 }  // namespace zelto::coredll
 

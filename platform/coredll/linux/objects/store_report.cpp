@@ -1,20 +1,25 @@
 #include "platform/coredll/linux/objects/store_report.h"
 
+#include <algorithm>
+
 #include "platform/coredll/linux/objects/store.h"
 
 namespace zelto::coredll {
 namespace {
 
 std::u16string TextOf(const ObjectName& name) {
-    return {name.text, name.length};
+    return {name.text, std::min<uint32_t>(name.length, MAX_PATH - 1)};
+}
+
+std::u16string TextOf(const WCHAR (&text)[kMaxWindowText + 1]) {
+    return {text, std::find(text, text + kMaxWindowText, u'\0')};
 }
 
 void ReportProcesses(const Store& store, StoreReport& report) {
     for (uint32_t i = 0; i < kMaxProcesses; ++i) {
-        const ProcessSlot& process = store.processes[i];
-        if (process.state.load() != kLive)
-            continue;
-        report.processes.push_back({process.pid, i + 1 == (MyToken() & 0xFF)});
+        const ProcessToken user = UserOf(store, i);
+        if (user)
+            report.processes.push_back({store.processes[i].pid, user == MyToken()});
     }
 }
 
@@ -22,8 +27,9 @@ void ReportWindows(const Store& store, StoreReport& report) {
     for (const WindowSlot& window : store.windows) {
         if (window.state.load() != kLive)
             continue;
-        const ProcessSlot& owner = store.processes[(window.owner & 0xFF) - 1];
-        report.windows.push_back({window.class_name, window.title, owner.pid, window.visible != 0,
+        const ProcessSlot* owner = ProcessOf(store, window.owner);
+        report.windows.push_back({TextOf(window.class_name), TextOf(window.title),
+                                  owner == nullptr ? 0 : owner->pid, window.visible != 0,
                                   window.minimized != 0,
                                   window.posted.load() - window.taken.load()});
     }
@@ -59,6 +65,11 @@ bool DescribeStore(StoreReport& report, std::string* why) {
     }
     SweepDeadProcesses(*store);
     const StoreLock lock(*store);
+    if (!lock.IsHeld()) {
+        if (why != nullptr)
+            *why = LockHolderInWords(*store);
+        return false;
+    }
     report = StoreReport{};
     ReportProcesses(*store, report);
     ReportWindows(*store, report);

@@ -5,6 +5,8 @@
 #include <limits>
 #include <sched.h>
 
+#include "platform/coredll/linux/base/monotonic.h"
+
 namespace zelto::coredll {
 namespace {
 
@@ -90,6 +92,8 @@ int64_t Deadline::Left() const {
 }
 
 void AnnounceChange(WaitWord& word) {
+    // Sequentially consistent, as the sleeper's side below: of the two, "changed" and "somebody
+    // sleeps", each side writes one and then reads the other, and one of them must see.
     word.sequence.fetch_add(1);
     if (word.sleepers.load() != 0 && word.sleepers.exchange(0) != 0)
         FutexWakeAll(word.sequence);

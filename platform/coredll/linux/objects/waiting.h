@@ -3,6 +3,7 @@
 #ifndef ZELTO_PLATFORM_COREDLL_LINUX_OBJECTS_WAITING_H
 #define ZELTO_PLATFORM_COREDLL_LINUX_OBJECTS_WAITING_H
 
+#include "platform/coredll/api/base.h"
 #include "platform/coredll/linux/base/futex.h"
 
 namespace zelto::coredll {

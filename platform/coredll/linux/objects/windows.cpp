@@ -5,9 +5,10 @@
 
 #include "platform/coredll/api/clock.h"
 #include "platform/coredll/linux/base/last_error.h"
+#include "platform/coredll/linux/objects/names.h"
 #include "platform/coredll/linux/objects/store.h"
+#include "platform/coredll/linux/objects/store_guard.h"
 #include "platform/coredll/linux/objects/waiting.h"
-#include "platform/coredll/linux/objects/window_text.h"
 
 namespace zelto::coredll {
 namespace {
@@ -39,18 +40,18 @@ WindowSlot* WindowOf(Store& store, HWND handle) {
     return same ? &window : nullptr;
 }
 
-// The owner of a window, 0 when there is no such window.
+// The owner of a window, nobody when there is no such window.
 ProcessToken OwnerOf(Store& store, HWND handle) {
     const StoreLock lock(store);
-    const WindowSlot* window = WindowOf(store, handle);
-    return window == nullptr ? 0 : window->owner;
+    const WindowSlot* window = lock.IsHeld() ? WindowOf(store, handle) : nullptr;
+    return window == nullptr ? ProcessToken() : window->owner;
 }
 
 // Whether the window is there and its process alive; a dead one's remains are freed. The question
 // to the host is asked without the lock.
 bool WindowLives(Store& store, HWND handle) {
     const ProcessToken owner = OwnerOf(store, handle);
-    if (owner == 0)
+    if (!owner)
         return false;
     if (TokenLives(store, owner))
         return true;
@@ -58,12 +59,10 @@ bool WindowLives(Store& store, HWND handle) {
     return false;
 }
 
-ProcessSlot& ProcessOf(Store& store, ProcessToken token) {
-    return store.processes[(token & 0xFF) - 1];
-}
-
+// Messages in the window's ring. Lock held.
 uint32_t Waiting(const WindowSlot& window) {
-    return window.posted.load() - window.taken.load();
+    const uint32_t waiting = window.posted.load() - window.taken.load();
+    return std::min(waiting, kMaxPostedMessages);
 }
 
 // Appends to the ring; false when it is full. Lock held.
@@ -74,12 +73,14 @@ bool Post(Store& store, WindowSlot& window, UINT message, WPARAM wparam, LPARAM 
     WindowRing& ring = store.rings[&window - store.windows];
     ring.messages[place % kMaxPostedMessages] = {message, wparam, static_cast<uint32_t>(lparam),
                                                  GetTickCount()};
+    // Release: the message is whole when it counts as posted, so a kill loses it or keeps it.
     window.posted.store(place + 1, std::memory_order_release);
     return true;
 }
 
 void AnnounceTo(Store& store, ProcessToken owner) {
-    AnnounceChange(ProcessOf(store, owner).messages);
+    if (ProcessSlot* process = ProcessOf(store, owner))
+        AnnounceChange(process->messages);
 }
 
 WindowSlot* MakeWindow(Store& store, LPCWSTR class_name, LPCWSTR title, DWORD style) {
@@ -96,19 +97,21 @@ WindowSlot* MakeWindow(Store& store, LPCWSTR class_name, LPCWSTR title, DWORD st
     window->posted.store(0);
     CopyWindowText(window->class_name, class_name);
     CopyWindowText(window->title, title);
+    // Release: whoever finds the window live, after a kill even, finds it whole.
     window->state.store(kLive, std::memory_order_release);
     return window;
 }
 
 HWND TryCreateWindow(Store& store, LPCWSTR class_name, LPCWSTR title, DWORD style) {
     const StoreLock lock(store);
-    const WindowSlot* window = MakeWindow(store, class_name, title, style);
+    const WindowSlot* window =
+        lock.IsHeld() ? MakeWindow(store, class_name, title, style) : nullptr;
     return window == nullptr ? nullptr : HandleOf(store, *window);
 }
 
 HWND FindWindowFrom(Store& store, uint32_t& next, LPCWSTR class_name, LPCWSTR title) {
     const StoreLock lock(store);
-    for (; next < kMaxWindows; ++next) {
+    for (; lock.IsHeld() && next < kMaxWindows; ++next) {
         const WindowSlot& window = store.windows[next];
         if (window.state.load() == kLive && SameWindowText(window.class_name, class_name) &&
             SameWindowText(window.title, title)) {
@@ -159,11 +162,11 @@ BOOL ChangeWindow(HWND handle, Change change) {
     Store* store = OpenStore();
     if (store == nullptr || !WindowLives(*store, handle))
         return Fail(ERROR_INVALID_WINDOW_HANDLE);
-    ProcessToken owner = 0;
+    ProcessToken owner;
     BOOL result = FALSE;
     {
         const StoreLock lock(*store);
-        WindowSlot* window = WindowOf(*store, handle);
+        WindowSlot* window = lock.IsHeld() ? WindowOf(*store, handle) : nullptr;
         if (window == nullptr)
             return Fail(ERROR_INVALID_WINDOW_HANDLE);
         owner = window->owner;
@@ -183,7 +186,10 @@ void FillMessage(MSG& message, HWND handle, const PostedMessage& posted) {
 // The next message of the window, or of any of this process. `seen` is for the wait after it.
 Taken TakeMessage(Store& store, HWND handle, MSG& message, uint32_t& seen) {
     const StoreLock lock(store);
-    seen = ProcessOf(store, MyToken()).messages.sequence.load();
+    const ProcessSlot* me = ProcessOf(store, MyToken());
+    if (!lock.IsHeld() || me == nullptr)
+        return lock.IsHeld() || StoreIsGone() ? Taken::kNoWindow : Taken::kNothing;
+    seen = me->messages.sequence.load();
     if (handle != nullptr) {
         const WindowSlot* asked = WindowOf(store, handle);
         if (asked == nullptr || asked->owner != MyToken())
@@ -264,9 +270,10 @@ BOOL GetMessageW(MSG* message, HWND handle, UINT first, UINT last) {
         const Taken taken = TakeMessage(*store, handle, *message, seen);
         if (taken == Taken::kMessage)
             return message->message == WM_QUIT ? FALSE : TRUE;
-        if (taken == Taken::kNoWindow)
+        ProcessSlot* me = ProcessOf(*store, MyToken());
+        if (taken == Taken::kNoWindow || me == nullptr)
             return Fail(ERROR_INVALID_WINDOW_HANDLE, -1);
-        AwaitChange(ProcessOf(*store, MyToken()).messages, seen, never);
+        AwaitChange(me->messages, seen, never);
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <sys/stat.h>
 
 #include "platform/coredll/linux/base/device.h"
 #include "platform/coredll/linux/base/last_error.h"
@@ -12,9 +11,11 @@
 namespace zelto::coredll {
 namespace {
 
-DWORD LoadFrom(const std::string& path, Registry& registry, std::string& problem) {
+constexpr const char* kName = "registry";
+
+DWORD LoadFrom(const UniqueFd& device, Registry& registry, std::string& problem) {
     std::string text;
-    const int failed = ReadSmallFile(path, kMaxRegistryFileBytes, Links::kRefused, text);
+    const int failed = ReadSmallFile(device, kName, kMaxRegistryFileBytes, text);
     if (failed == ENOENT)
         return ERROR_SUCCESS;
     if (failed == EFBIG) {
@@ -28,61 +29,57 @@ DWORD LoadFrom(const std::string& path, Registry& registry, std::string& problem
     return ParseRegistry(text, registry, problem) ? ERROR_SUCCESS : ERROR_BADDB;
 }
 
-// What writing fails with: 112 or 5.
+// What writing fails with: 112, 170 or 5.
 DWORD WriteError(int failed) {
+    if (failed == EBUSY)
+        return ERROR_BUSY;
     return ErrorFromErrno(failed) == ERROR_DISK_FULL ? ERROR_DISK_FULL : ERROR_ACCESS_DENIED;
 }
 
-DWORD Save(const std::string& path, const Registry& registry) {
+DWORD Save(const UniqueFd& device, const Registry& registry) {
     const std::string text = FormatRegistry(registry);
     if (text.size() > kMaxRegistryFileBytes)
         return ERROR_DISK_FULL;
-    const int failed = ReplaceSmallFile(path, text);
+    const int failed = ReplaceSmallFile(device, kName, text);
     return failed == 0 ? DWORD{ERROR_SUCCESS} : WriteError(failed);
-}
-
-bool DeviceIsMissing() {
-    const std::string path = DevicePath();
-    struct stat status {};
-    return path.empty() || (lstat(path.c_str(), &status) != 0 && errno == ENOENT);
 }
 
 }  // namespace
 
 DWORD LoadRegistry(Registry& registry) {
-    const std::string path = DeviceFile("registry");
-    if (path.empty())
-        return DeviceIsMissing() ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+    const UniqueFd device = OpenDevice(nullptr);
+    if (!device.IsOpen())
+        return errno == ENOENT || DevicePath().empty() ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
     std::string problem;
-    return LoadFrom(path, registry, problem);
+    return LoadFrom(device, registry, problem);
 }
 
 DWORD UpdateRegistry(const std::function<DWORD(Registry& registry, bool& changed)>& change) {
-    const std::string path = DeviceFile("registry");
-    if (path.empty())
+    const UniqueFd device = OpenDevice(nullptr);
+    if (!device.IsOpen())
         return ERROR_ACCESS_DENIED;
-    const FileLock lock(path);
+    const FileLock lock(device, kName);
     if (!lock.IsHeld())
         return WriteError(errno);
     Registry registry;
     std::string problem;
-    DWORD error = LoadFrom(path, registry, problem);
+    DWORD error = LoadFrom(device, registry, problem);
     bool changed = false;
     if (error == ERROR_SUCCESS)
         error = change(registry, changed);
-    return error == ERROR_SUCCESS && changed ? Save(path, registry) : error;
+    return error == ERROR_SUCCESS && changed ? Save(device, registry) : error;
 }
 
 std::string RegistryProblem() {
     std::string why;
-    if (!CheckDevice(&why))
+    const UniqueFd device = OpenDevice(&why);
+    if (!device.IsOpen())
         return why;
-    const std::string path = DeviceFile("registry");
     Registry registry;
     std::string problem;
-    if (LoadFrom(path, registry, problem) == ERROR_SUCCESS)
+    if (LoadFrom(device, registry, problem) == ERROR_SUCCESS)
         return "";
-    return "Registry file '" + path + "', " + problem +
+    return "Registry file '" + PrintablePath(DevicePath() + "/" + kName) + "', " + problem +
            ": repair it, or move it away to start anew.";
 }
 

@@ -20,7 +20,8 @@ DWORD LoadRegistry(Registry& registry);
 // Reads, lets `change` work on it and, where that answers 0 and stores that something changed,
 // replaces the file by a new one that has reached the disk. One writer at a time, over all
 // processes, so no change is lost. Result: as LoadRegistry and `change`, 5 when there is no device
-// or the file cannot be written, 112 disk full. A file that is damaged is left alone.
+// or the file cannot be written, 112 disk full, 170 when another process that writes does not go
+// on. A file that is damaged is left alone.
 DWORD UpdateRegistry(const std::function<DWORD(Registry& registry, bool& changed)>& change);
 
 // What is wrong with the registry, as a sentence for people: file, line and what to do. Empty when

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/coredll/linux/base/futex.h"
 #include "platform/coredll/linux/base/last_error.h"
+#include "platform/coredll/linux/base/monotonic.h"
 #include "platform/coredll/linux/time/calendar.h"
 #include "platform/coredll/linux/time/device_settings.h"
 #include "platform/coredll/linux/time/host_clock.h"

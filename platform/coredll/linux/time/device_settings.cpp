@@ -6,36 +6,33 @@
 namespace zelto::coredll {
 namespace {
 
+constexpr const char* kName = "clock";
 constexpr size_t kMaxSettingsFile = 8u << 10;
 
-ClockSettings ReadFrom(const std::string& path) {
+ClockSettings ReadFrom(const UniqueFd& device) {
     ClockSettings settings;
     std::string text;
-    if (!path.empty() && ReadSmallFile(path, kMaxSettingsFile, Links::kRefused, text) == 0)
+    if (device.IsOpen() && ReadSmallFile(device, kName, kMaxSettingsFile, text) == 0)
         ParseClockSettings(text, settings);
     return settings;
-}
-
-std::string SettingsPath() {
-    return DeviceFile("clock");
 }
 
 }  // namespace
 
 ClockSettings ReadClockSettings() {
-    return ReadFrom(SettingsPath());
+    return ReadFrom(OpenDevice(nullptr));
 }
 
 bool ChangeClockSettings(const std::function<void(ClockSettings& settings)>& change) {
-    const std::string path = SettingsPath();
-    if (path.empty())
+    const UniqueFd device = OpenDevice(nullptr);
+    if (!device.IsOpen())
         return false;
-    const FileLock lock(path);
+    const FileLock lock(device, kName);
     if (!lock.IsHeld())
         return false;
-    ClockSettings settings = ReadFrom(path);
+    ClockSettings settings = ReadFrom(device);
     change(settings);
-    return ReplaceSmallFile(path, FormatClockSettings(settings)) == 0;
+    return ReplaceSmallFile(device, kName, FormatClockSettings(settings)) == 0;
 }
 
 }  // namespace zelto::coredll

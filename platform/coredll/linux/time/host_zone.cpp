@@ -1,9 +1,11 @@
 #include "platform/coredll/linux/time/host_zone.h"
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
-#include "platform/coredll/linux/base/small_file.h"
 #include "platform/coredll/linux/time/posix_zone.h"
 
 namespace zelto::coredll {
@@ -47,11 +49,20 @@ const char* Variable(const char* name) {
     return value == nullptr ? "" : value;
 }
 
+// A file of the host, whole; "" when it is no ordinary file, or a long one.
+std::string ReadHostFile(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error) ||
+        std::filesystem::file_size(path, error) > kMaxZoneFile)
+        return "";
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 // The zone of a compiled file.
 bool ReadZoneFile(const std::string& path, int year, TIME_ZONE_INFORMATION& zone) {
-    std::string file;
-    return ReadSmallFile(path, kMaxZoneFile, Links::kFollowed, file) == 0 &&
-           ParsePosixZone(ZoneFileRule(file), year, zone);
+    const std::string file = ReadHostFile(path);
+    return ParsePosixZone(ZoneFileRule(file), year, zone);
 }
 
 // The zone of a name such as "Europe/Madrid" or of a full path.
@@ -67,9 +78,7 @@ bool ReadNamedZone(const std::string& name, int year, TIME_ZONE_INFORMATION& zon
 bool ReadSystemZone(int year, TIME_ZONE_INFORMATION& zone) {
     if (ReadZoneFile("/etc/localtime", year, zone))
         return true;
-    std::string name;
-    if (ReadSmallFile("/etc/timezone", kMaxZoneFile, Links::kFollowed, name) != 0)
-        return false;
+    const std::string name = ReadHostFile("/etc/timezone");
     return ReadNamedZone(name.substr(0, name.find('\n')), year, zone);
 }
 
