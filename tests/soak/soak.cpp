@@ -94,6 +94,12 @@ void Child::Signal(int number) const {
         kill(pid_, number);
 }
 
+void Child::AwaitStop() const {
+    siginfo_t info{};
+    waitid(P_PID, static_cast<id_t>(pid_), &info, WSTOPPED | WEXITED | WNOWAIT);
+    Require(info.si_code == CLD_STOPPED, "a process ended before it stopped");
+}
+
 int Child::Wait(double seconds) {
     Require(EndsWithin(pid_, seconds), "a process did not end in its time");
     int status = 0;

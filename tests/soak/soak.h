@@ -45,6 +45,8 @@ class Child {
     ~Child();
 
     void Signal(int number) const;
+    // Returns once it has stopped itself; throws Failure when it ends instead.
+    void AwaitStop() const;
     // The exit status, or minus the signal that ended it; throws Failure when it still runs after
     // `seconds`.
     int Wait(double seconds);
