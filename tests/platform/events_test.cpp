@@ -1,3 +1,5 @@
+#include <vector>
+
 #include "tests/platform/shared_objects.h"
 
 namespace zelto::test {
@@ -66,6 +68,26 @@ TEST_F(Events, AnotherProcessReleasesAWait) {
     });
     EXPECT_EQ(WaitForSingleObject(event, 5000), WAIT_OBJECT_0);
     EXPECT_EQ(ExitStatus(child), 0);
+}
+
+TEST_F(Events, ThoseThatSomebodyHoldsOutliveAKilledProcess) {
+    CreateEventW(nullptr, FALSE, FALSE, TEXT("first"));
+    HANDLE ready = CreateEventW(nullptr, FALSE, FALSE, TEXT("ready"));
+    const pid_t child = Fork([] {
+        CreateEventW(nullptr, FALSE, FALSE, TEXT("first"));
+        CreateEventW(nullptr, FALSE, FALSE, TEXT("lost"));
+        EventModify(CreateEventW(nullptr, FALSE, FALSE, TEXT("ready")), EVENT_SET);
+        pause();
+        return 0;
+    });
+    EXPECT_EQ(WaitForSingleObject(ready, 5000), WAIT_OBJECT_0);
+    HANDLE last = CreateEventW(nullptr, TRUE, TRUE, TEXT("last"));
+    Kill(child);
+    std::vector<std::u16string> names;
+    for (const coredll::EventReport& event : Report().events)
+        names.push_back(event.name);
+    EXPECT_EQ(names, (std::vector<std::u16string>{u"first", u"ready", u"last"}));
+    EXPECT_EQ(WaitForSingleObject(last, 0), WAIT_OBJECT_0);
 }
 
 }  // namespace
