@@ -1,5 +1,7 @@
-// Files and folders. A backslash is a slash, nothing else of a name is mapped: names keep the
-// host's case. A path without a leading backslash is taken from the root of the tree.
+// Files and folders. A backslash is a slash; a path without a leading one is taken from the root of
+// the tree. An exact name always wins. Where nothing of the exact name is there, each missing part
+// of the path stands for what differs from it in case only (A to Z, accented letters of Latin-1),
+// of several for the first in byte order; so a new file or folder is not made beside such a one.
 
 #ifndef ZELTO_PLATFORM_COREDLL_API_FILES_H
 #define ZELTO_PLATFORM_COREDLL_API_FILES_H
@@ -81,8 +83,9 @@ BOOL MoveFileW(LPCWSTR source, LPCWSTR target);
 
 BOOL CreateDirectoryW(LPCWSTR name, SECURITY_ATTRIBUTES* security);  // 183 taken, 3, 5
 
-// Entries matching * and ? in the last part of the pattern, "." and ".." left out, in no order;
-// *.* matches every name. INVALID_HANDLE_VALUE with 2 nothing matches, 3 no such folder.
+// Entries matching * and ? in the last part of the pattern, whatever their case, "." and ".." left
+// out, in no order; a ".*" at the end matches names without a dot, too. INVALID_HANDLE_VALUE with 2
+// nothing matches, 3 no such folder.
 HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data);
 BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* data);  // 18 at the end, 6
 BOOL FindClose(HANDLE search);                              // 6

@@ -4,6 +4,7 @@
 #define ZELTO_PLATFORM_COREDLL_LINUX_BASE_UNICODE_H
 
 #include "platform/coredll/api/base.h"
+#include "platform/coredll/linux/base/ascii.h"
 
 namespace zelto::coredll {
 
@@ -22,6 +23,12 @@ Taken TakeUtf8(const unsigned char* bytes, size_t left);
 
 // Writes 1 to 4 bytes and returns how many.
 size_t PutUtf8(char32_t value, unsigned char* out);
+
+// Letters that differ in case only as the same one: A to Z, and the accented ones of Latin-1.
+inline char16_t FoldLetter(char16_t unit) {
+    const bool upper = unit >= 0xC0 && unit <= 0xDE && unit != 0xD7;
+    return upper ? static_cast<char16_t>(unit + 0x20) : FoldAscii(unit);
+}
 
 inline bool IsHighSurrogate(char32_t unit) {
     return (unit & 0xFFFFFC00) == 0xD800;

@@ -1,9 +1,11 @@
-// A file descriptor with an owner.
+// A file descriptor or an open folder with an owner.
 
 #ifndef ZELTO_PLATFORM_COREDLL_LINUX_BASE_UNIQUE_FD_H
 #define ZELTO_PLATFORM_COREDLL_LINUX_BASE_UNIQUE_FD_H
 
 #include <cerrno>
+#include <dirent.h>
+#include <memory>
 #include <unistd.h>
 #include <utility>
 
@@ -39,6 +41,11 @@ class UniqueFd {
   private:
     int fd_ = -1;
 };
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+using UniqueFolder = std::unique_ptr<DIR, CloseFolder>;
 
 // Repeats a system call that a signal interrupted.
 template <class Call>

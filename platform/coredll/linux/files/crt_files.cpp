@@ -8,6 +8,7 @@
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/paths.h"
 #include "platform/coredll/linux/files/file_status.h"
+#include "platform/coredll/linux/files/folded_name.h"
 
 static_assert(sizeof(off_t) == 8, "file positions take 64 bits");
 
@@ -39,10 +40,11 @@ bool Writes(const char* host_mode) {
     return host_mode[0] != 'r' || host_mode[1] == '+';
 }
 
-// What the host would open: a folder, and as the superuser a file that nobody may write.
-bool IsRefused(const std::string& path, bool writes) {
+// What the host would open: a folder, and as the superuser a file that nobody may write. The path
+// becomes that of what is there.
+bool IsRefused(std::string& path, bool writes) {
     struct stat status {};
-    return stat(path.c_str(), &status) == 0 &&
+    return WithFolded(path, [&](const char* name) { return stat(name, &status); }) == 0 &&
            (S_ISDIR(status.st_mode) || (writes && IsReadOnlyMode(status.st_mode)));
 }
 

@@ -12,6 +12,7 @@
 #include "platform/coredll/linux/files/file_copy.h"
 #include "platform/coredll/linux/files/file_sharing.h"
 #include "platform/coredll/linux/files/file_status.h"
+#include "platform/coredll/linux/files/folded_name.h"
 #include "platform/coredll/linux/files/open_file.h"
 
 namespace zelto::coredll {
@@ -41,9 +42,13 @@ DWORD HostPaths(LPCWSTR source, LPCWSTR target, std::string& source_path,
     return error != ERROR_SUCCESS ? error : HostPath(target, target_path);
 }
 
-DWORD DeleteHostFile(const std::string& path) {
+int ReadStatus(std::string& path, struct stat& status) {
+    return WithFolded(path, [&](const char* name) { return lstat(name, &status); });
+}
+
+DWORD DeleteHostFile(std::string path) {
     struct stat status {};
-    if (lstat(path.c_str(), &status) != 0)
+    if (ReadStatus(path, status) != 0)
         return PathError(errno, path);
     if (S_ISDIR(status.st_mode) || IsReadOnlyMode(status.st_mode))
         return ERROR_ACCESS_DENIED;
@@ -54,8 +59,10 @@ DWORD DeleteHostFile(const std::string& path) {
 }
 
 // The name that a link stands for, so that a copy replaces the file and not the link.
-std::string ResolveLinks(const std::string& path) {
+std::string ResolveLinks(std::string path) {
     char* resolved = realpath(path.c_str(), nullptr);
+    if (resolved == nullptr && errno == ENOENT && FindFolded(path))
+        resolved = realpath(path.c_str(), nullptr);
     std::string result = resolved == nullptr ? path : resolved;
     std::free(resolved);
     return result;
@@ -126,10 +133,19 @@ DWORD MoveToOtherFileSystem(const std::string& source, const std::string& target
     return failed == 0 ? DWORD{ERROR_SUCCESS} : MoveError(failed, source);
 }
 
-DWORD MoveHostFile(const std::string& source, const std::string& target) {
+// What is there under the new name, but for the file itself, which may change the case of its name.
+std::string MoveTarget(const std::string& source, const std::string& target) {
+    std::string found = target;
+    if (!FindFolded(found) || found != source)
+        return found;
+    return found.substr(0, found.rfind('/') + 1) + target.substr(target.rfind('/') + 1);
+}
+
+DWORD MoveHostFile(std::string source, std::string target) {
     struct stat status {};
-    if (lstat(source.c_str(), &status) != 0)
+    if (ReadStatus(source, status) != 0)
         return PathError(errno, source);
+    target = MoveTarget(source, target);
     std::optional<QuietFile> quiet;
     if (S_ISREG(status.st_mode) && quiet.emplace(source).InUse())
         return ERROR_SHARING_VIOLATION;
@@ -175,6 +191,7 @@ BOOL CreateDirectoryW(LPCWSTR name, SECURITY_ATTRIBUTES* /*security*/) {
     const DWORD error = HostPath(name, path);
     if (error != ERROR_SUCCESS)
         return Fail(error);
+    FindFolded(path);
     if (mkdir(path.c_str(), 0777) == 0)
         return TRUE;
     return Fail(errno == ENOENT ? DWORD{ERROR_PATH_NOT_FOUND} : ErrorFromErrno(errno));

@@ -5,6 +5,7 @@
 
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/paths.h"
+#include "platform/coredll/linux/files/folded_name.h"
 
 namespace zelto::coredll {
 namespace {
@@ -31,14 +32,14 @@ DWORD FileAttributes(mode_t mode, std::string_view path) {
 
 }  // namespace zelto::coredll
 
-DWORD GetFileAttributesW(LPCWSTR name) {
+DWORD GetFileAttributesW(LPCWSTR text) {
     using namespace zelto::coredll;
     std::string path;
-    const DWORD error = HostPath(name, path);
+    const DWORD error = HostPath(text, path);
     if (error != ERROR_SUCCESS)
         return Fail(error, DWORD{INVALID_FILE_ATTRIBUTES});
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0)
+    if (WithFolded(path, [&](const char* name) { return stat(name, &status); }) != 0)
         return Fail(PathError(errno, path), DWORD{INVALID_FILE_ATTRIBUTES});
     return FileAttributes(status.st_mode, path);
 }

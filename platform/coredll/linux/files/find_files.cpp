@@ -12,21 +12,20 @@
 #include "platform/coredll/linux/base/paths.h"
 #include "platform/coredll/linux/base/unique_fd.h"
 #include "platform/coredll/linux/files/file_status.h"
+#include "platform/coredll/linux/files/folded_name.h"
 
 namespace zelto::coredll {
 namespace {
 
-struct CloseFolder {
-    void operator()(DIR* folder) const { closedir(folder); }
-};
-
 // What a search handle's word points to.
 struct Search {
-    std::unique_ptr<DIR, CloseFolder> folder;
-    std::u16string pattern;
+    UniqueFolder folder;
+    std::u16string pattern;  // folded
+    std::string only;        // the one name that a pattern without * and ? stands for; "": none
 };
 
-// Linear but for backtracking to the last star, so no pattern takes exponential time.
+// Linear but for backtracking to the last star, so no pattern takes exponential time. A ".*" at the
+// end is also there where the name has no dot.
 bool Matches(std::u16string_view pattern, std::u16string_view name) {
     size_t p = 0;
     size_t n = 0;
@@ -46,7 +45,8 @@ bool Matches(std::u16string_view pattern, std::u16string_view name) {
             return false;
         }
     }
-    return pattern.find_first_not_of(u'*', p) == std::u16string_view::npos;
+    p = std::min(pattern.find_first_not_of(u'*', p), pattern.size());
+    return p == pattern.size() || pattern.substr(p) == u".*";
 }
 
 FILETIME ToFileTime(const statx_timestamp& time) {
@@ -90,13 +90,25 @@ bool FindNext(Search& search, WIN32_FIND_DATAW& data) {
         if (host_name == "." || host_name == "..")
             continue;
         const std::u16string name = WideName(host_name);
+        const bool found = search.only.empty() ? Matches(search.pattern, FoldName(name))
+                                               : search.only == host_name;
         struct statx status {};
-        if (Matches(search.pattern, name) &&
-            ReadStatus(search.folder.get(), host_name.c_str(), status)) {
+        if (found && ReadStatus(search.folder.get(), host_name.c_str(), status)) {
             FillData(status, host_name, name, data);
             return true;
         }
     }
+}
+
+// An exact name is found alone, even if others differ from it in case only.
+std::string OnlyName(const std::string& folder, std::u16string_view pattern) {
+    std::string name;
+    if (pattern.empty() || pattern.find_first_of(u"*?") != pattern.npos ||
+        !NarrowName(pattern, name))
+        return "";
+    std::string path = folder + name;
+    FindFolded(path);
+    return path.substr(path.rfind('/') + 1);
 }
 
 DWORD OpenSearch(LPCWSTR text, Search& search) {
@@ -104,11 +116,14 @@ DWORD OpenSearch(LPCWSTR text, Search& search) {
     const DWORD error = HostPattern(text, folder, search.pattern);
     if (error != ERROR_SUCCESS)
         return error;
-    if (search.pattern == u"*.*")
-        search.pattern = u"*";
     search.folder.reset(opendir(folder.c_str()));
-    if (search.folder != nullptr)
+    if (search.folder == nullptr && errno == ENOENT && FindFolded(folder))
+        search.folder.reset(opendir(folder.c_str()));
+    if (search.folder != nullptr) {
+        search.only = OnlyName(folder, search.pattern);
+        search.pattern = FoldName(search.pattern);
         return ERROR_SUCCESS;
+    }
     return errno == ENOENT ? DWORD{ERROR_PATH_NOT_FOUND} : ErrorFromErrno(errno);
 }
 

@@ -7,6 +7,7 @@
 #include "platform/coredll/linux/base/paths.h"
 #include "platform/coredll/linux/files/file_sharing.h"
 #include "platform/coredll/linux/files/file_status.h"
+#include "platform/coredll/linux/files/folded_name.h"
 
 namespace zelto::coredll {
 namespace {
@@ -38,9 +39,11 @@ FileUse UseOf(const OpenRequest& request) {
 // truncates: whether others use the file is not known yet.
 constexpr int kAlways = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 
-int OpenExisting(const std::string& path, bool writes) {
+int OpenExisting(std::string& path, bool writes) {
     const int flags = kAlways | (writes ? O_RDWR : O_RDONLY);
-    int fd = RetryInterrupted([&] { return open(path.c_str(), flags); });
+    int fd = WithFolded(path, [flags](const char* name) {
+        return RetryInterrupted([&] { return open(name, flags); });
+    });
     // Claims want a descriptor that reads. A file that may only be written goes without.
     if (fd < 0 && writes && errno == EACCES)
         fd = RetryInterrupted([&] { return open(path.c_str(), kAlways | O_WRONLY); });
@@ -53,11 +56,13 @@ int CreateNew(const std::string& path, DWORD attributes) {
     return RetryInterrupted([&] { return open(path.c_str(), flags, mode); });
 }
 
-DWORD Open(const std::string& path, const OpenRequest& request, OpenedFile& file) {
+DWORD Open(std::string& path, const OpenRequest& request, OpenedFile& file) {
     const bool creates = request.disposition == CREATE_NEW ||
                          request.disposition == CREATE_ALWAYS || request.disposition == OPEN_ALWAYS;
     file.existed = false;
-    if (request.disposition != CREATE_NEW) {
+    if (request.disposition == CREATE_NEW) {
+        FindFolded(path);
+    } else {
         file.fd.Reset(OpenExisting(path, Writes(request)));
         file.existed = file.fd.IsOpen();
         if (!file.existed && !(creates && errno == ENOENT))
@@ -97,7 +102,7 @@ DWORD ClaimAndTruncate(const OpenRequest& request, const OpenedFile& file) {
     return ERROR_SUCCESS;
 }
 
-DWORD OpenAndClaim(const std::string& path, const OpenRequest& request, OpenedFile& file) {
+DWORD OpenAndClaim(std::string& path, const OpenRequest& request, OpenedFile& file) {
     const DWORD error = Open(path, request, file);
     if (error != ERROR_SUCCESS)
         return error;
@@ -115,7 +120,7 @@ DWORD OpenAndClaim(const std::string& path, const OpenRequest& request, OpenedFi
 
 }  // namespace
 
-DWORD OpenHostFile(const std::string& path, OpenRequest request, OpenedFile& file) {
+DWORD OpenHostFile(std::string path, OpenRequest request, OpenedFile& file) {
     if (request.disposition == (OPEN_ALWAYS | CREATE_ALWAYS))
         request.disposition = TRUNCATE_EXISTING;
     if (request.disposition < CREATE_NEW || request.disposition > TRUNCATE_EXISTING)

@@ -25,7 +25,7 @@ struct OpenedFile {
 
 // 0, or the error number that CreateFileW documents; then no file that was there has
 // been changed.
-DWORD OpenHostFile(const std::string& path, OpenRequest request, OpenedFile& file);
+DWORD OpenHostFile(std::string path, OpenRequest request, OpenedFile& file);
 
 }  // namespace zelto::coredll
 

@@ -13,6 +13,7 @@
 #include "platform/coredll/linux/base/device.h"
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/paths.h"
+#include "platform/coredll/linux/files/folded_name.h"
 #include "platform/coredll/linux/process/launch.h"
 
 namespace zelto::coredll {
@@ -95,7 +96,9 @@ DWORD Start(const SHELLEXECUTEINFO& info) {
         return ERROR_NO_ASSOCIATION;
     if (!CheckDevice(nullptr))
         return ERROR_ACCESS_DENIED;  // it could do nothing
-    const int failed = StartDetached(path, arguments);
+    int failed = StartDetached(path, arguments);
+    if (failed == ENOENT && FindFolded(path))
+        failed = StartDetached(path, arguments);
     return failed == 0 ? DWORD{ERROR_SUCCESS} : StartError(failed, path);
 }
 

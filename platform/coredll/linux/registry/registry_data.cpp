@@ -2,16 +2,10 @@
 
 #include <algorithm>
 
-#include "platform/coredll/linux/base/ascii.h"
 #include "platform/coredll/linux/base/unicode.h"
 
 namespace zelto::coredll {
 namespace {
-
-char16_t FoldUnit(char16_t unit) {
-    const bool upper = unit >= 0xC0 && unit <= 0xDE && unit != 0xD7;
-    return upper ? static_cast<char16_t>(unit + 0x20) : FoldAscii(unit);
-}
 
 const char* NameProblem(std::u16string_view name) {
     if (name.empty())
@@ -38,7 +32,7 @@ bool IsRoot(std::u16string_view name) {
 
 std::u16string FoldRegistryName(std::u16string_view name) {
     std::u16string folded(name);
-    std::ranges::transform(folded, folded.begin(), FoldUnit);
+    std::ranges::transform(folded, folded.begin(), FoldLetter);
     return folded;
 }
 
