@@ -105,7 +105,7 @@ class DeviceClock : public ::testing::Test {
     const SYSTEMTIME noon_ = Moment(2009, 12, 25, 12, 0, 0, 7);
     const SYSTEMTIME no_day_ = Moment(2025, 2, 29);
     zelto::test::TempDevice device_;
-    const std::string file_ = device_.Device() + "/clock";
+    const std::string file_ = device_.Device() + "/registry";
 };
 
 TEST_F(DeviceClock, RunsWithTheHostsFromWhereItWasSet) {
@@ -143,13 +143,11 @@ TEST_F(DeviceClock, TheEndsOfTheCalendar) {
 }
 
 TEST_F(DeviceClock, WithoutAGoodDeviceOrFileItIsTheHosts) {
-    for (const std::string& content : {std::string("ZELTO-CLOCK 1\noffset +5.0"),
-                                       std::string(10'000, '#'), std::string(1, '\0')}) {
-        std::ofstream(file_) << content;
-        EXPECT_EQ(Universal(), host_now_);
-        EXPECT_TRUE(SetSystemTime(&noon_));
-        EXPECT_EQ(Universal(), TextOf(noon_));
-    }
+    EXPECT_TRUE(SetSystemTime(&noon_));
+    EXPECT_EQ(Universal(), TextOf(noon_));
+    std::ofstream(file_, std::ios::app) << "damage";
+    EXPECT_EQ(Universal(), host_now_);
+    Refuses(SetSystemTime, &noon_, ERROR_ACCESS_DENIED);
     std::filesystem::remove(file_);
     std::filesystem::create_directory(file_);
     EXPECT_EQ(Universal(), host_now_);
@@ -160,6 +158,34 @@ TEST_F(DeviceClock, WithoutAGoodDeviceOrFileItIsTheHosts) {
     TIME_ZONE_INFORMATION zone{};
     EXPECT_EQ(GetTimeZoneInformation(&zone), TIME_ZONE_ID_DAYLIGHT);
     Refuses(SetTimeZoneInformation, &zone, ERROR_ACCESS_DENIED);
+}
+
+// Values of the right name that another program wrote in another form.
+TEST_F(DeviceClock, ValuesOfAnotherFormCountAsNone) {
+    HKEY key = nullptr;
+    DWORD disposition = 0;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, TEXT("Time"), 0, nullptr, 0, 0, nullptr, &key,
+                              &disposition),
+              0);
+    const BYTE bytes[172] = {1};
+    const struct {
+        const WCHAR* name;
+        DWORD type;
+        DWORD size;
+    } values[] = {{TEXT("HostOffset"), REG_BINARY, 7},
+                  {TEXT("HostOffset"), REG_SZ, 8},
+                  {TEXT("TimeZoneInformation"), REG_BINARY, 171},
+                  {TEXT("TimeZoneInformation"), REG_SZ, 172}};
+    for (const auto& value : values) {
+        EXPECT_EQ(RegSetValueExW(key, value.name, 0, value.type, bytes, value.size), 0);
+        EXPECT_EQ(Universal(), host_now_);
+        EXPECT_EQ(Local(), "2025-06-15 17:06:40.000");
+    }
+    BYTE impossible[172] = {};
+    impossible[68 + 2] = 13;  // a month, of the change to standard time
+    EXPECT_EQ(RegSetValueExW(key, TEXT("TimeZoneInformation"), 0, REG_BINARY, impossible, 172), 0);
+    EXPECT_EQ(Local(), "2025-06-15 17:06:40.000");
+    RegCloseKey(key);
 }
 
 TEST_F(DeviceClock, SettersDoNotLoseEachOthersChanges) {

@@ -10,6 +10,7 @@
 #include "platform/coredll/linux/base/handle_table.h"
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/paths.h"
+#include "platform/coredll/linux/base/ticks.h"
 #include "platform/coredll/linux/base/unique_fd.h"
 #include "platform/coredll/linux/files/file_status.h"
 #include "platform/coredll/linux/files/folded_name.h"
@@ -50,10 +51,8 @@ bool Matches(std::u16string_view pattern, std::u16string_view name) {
 }
 
 FILETIME ToFileTime(const statx_timestamp& time) {
-    constexpr int64_t kSecondsFrom1601To1970 = 11'644'473'600;
-    constexpr int64_t kTicksPerSecond = 10'000'000;
-    const int64_t seconds = std::max<int64_t>(time.tv_sec + kSecondsFrom1601To1970, 0);
-    const int64_t ticks = seconds * kTicksPerSecond + time.tv_nsec / 100;
+    const int64_t ticks =
+        TicksFromHost(std::max<int64_t>(time.tv_sec, -kSecondsTo1970), time.tv_nsec);
     return {static_cast<DWORD>(ticks & 0xFFFFFFFF), static_cast<DWORD>(ticks >> 32)};
 }
 

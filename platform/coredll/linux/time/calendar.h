@@ -3,17 +3,10 @@
 #ifndef ZELTO_PLATFORM_COREDLL_LINUX_TIME_CALENDAR_H
 #define ZELTO_PLATFORM_COREDLL_LINUX_TIME_CALENDAR_H
 
-#include <limits>
-
 #include "platform/coredll/api/clock.h"
+#include "platform/coredll/linux/base/ticks.h"
 
 namespace zelto::coredll {
-
-constexpr int64_t kTicksPerMillisecond = 10'000;
-constexpr int64_t kTicksPerSecond = 1'000 * kTicksPerMillisecond;
-constexpr int64_t kTicksPerMinute = 60 * kTicksPerSecond;
-constexpr int64_t kTicksPerDay = 1'440 * kTicksPerMinute;
-constexpr int64_t kMaxTicks = std::numeric_limits<int64_t>::max();
 
 constexpr int kFirstYear = 1601;
 constexpr int kLastYear = 30827;

@@ -31,16 +31,18 @@ DeviceTime ReadDeviceTime() {
     const ClockSettings settings = ReadClockSettings();
     DeviceTime time{};
     time.universal = AddTicks(HostFileTime(), settings.offset);
-    time.zone =
-        settings.zone ? *settings.zone : HostZone(DateFromDays(time.universal / kTicksPerDay).year);
+    time.zone = settings.zone ? *settings.zone : HostZone(time.universal);
     time.state = ZoneStateAt(time.zone, time.universal);
     return time;
 }
 
+// A device that cannot be written is told as 5, whatever hinders it, as the calls state.
+BOOL Stored(DWORD error) {
+    return error == ERROR_SUCCESS ? TRUE : Fail(ERROR_ACCESS_DENIED);
+}
+
 BOOL SetUniversal(int64_t ticks) {
-    const bool stored = ChangeClockSettings(
-        [ticks](ClockSettings& settings) { settings.offset = ticks - HostFileTime(); });
-    return stored ? TRUE : Fail(ERROR_ACCESS_DENIED);
+    return Stored(StoreClockOffset(ticks - HostFileTime()));
 }
 
 }  // namespace
@@ -104,7 +106,5 @@ DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* zone) {
 BOOL SetTimeZoneInformation(const TIME_ZONE_INFORMATION* zone) {
     if (zone == nullptr || !IsValidZone(*zone))
         return Fail(ERROR_INVALID_PARAMETER);
-    const bool stored =
-        ChangeClockSettings([zone](ClockSettings& settings) { settings.zone = *zone; });
-    return stored ? TRUE : Fail(ERROR_ACCESS_DENIED);
+    return Stored(StoreZone(*zone));
 }

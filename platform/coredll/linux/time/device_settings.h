@@ -1,20 +1,31 @@
-// The clock settings of the device in use, shared by its processes.
+// What the device keeps about its clock, shared by its processes: values of its registry.
+//
+// Under HKEY_LOCAL_MACHINE\Time, both of type REG_BINARY with numbers in little-endian order:
+//   HostOffset           8 bytes: device time = host time + this many ticks of 100 ns
+//   TimeZoneInformation  172 bytes: the record TIME_ZONE_INFORMATION
+// A value that is not there, or not of this form, counts as none: no offset, the host's zone.
 
 #ifndef ZELTO_PLATFORM_COREDLL_LINUX_TIME_DEVICE_SETTINGS_H
 #define ZELTO_PLATFORM_COREDLL_LINUX_TIME_DEVICE_SETTINGS_H
 
-#include <functional>
+#include <optional>
 
-#include "platform/coredll/linux/time/clock_settings.h"
+#include "platform/coredll/api/clock.h"
 
 namespace zelto::coredll {
 
-// The defaults where there is no device, or no good file in it.
+struct ClockSettings {
+    int64_t offset = 0;                         // ticks: device = host + offset
+    std::optional<TIME_ZONE_INFORMATION> zone;  // valid; none: the host's
+};
+
+// No offset and no zone where there is no device, or no good registry in it.
 ClockSettings ReadClockSettings();
 
-// Lets `change` work on the present settings and stores the result; one writer at a time, over all
-// processes, so no change is lost. A damaged file is replaced. False: the device cannot be written.
-bool ChangeClockSettings(const std::function<void(ClockSettings& settings)>& change);
+// Each stores one of the two and leaves the other alone; one writer at a time, over all processes.
+// Result: 0, else what writing the registry failed with.
+DWORD StoreClockOffset(int64_t ticks);
+DWORD StoreZone(const TIME_ZONE_INFORMATION& zone);
 
 }  // namespace zelto::coredll
 

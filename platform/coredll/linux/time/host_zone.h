@@ -3,19 +3,20 @@
 #ifndef ZELTO_PLATFORM_COREDLL_LINUX_TIME_HOST_ZONE_H
 #define ZELTO_PLATFORM_COREDLL_LINUX_TIME_HOST_ZONE_H
 
-#include <string_view>
-
 #include "platform/coredll/api/clock.h"
 
 namespace zelto::coredll {
 
-// The rule that holds after the last transition of a compiled zone file (the format of RFC 9636),
-// as ParsePosixZone takes it; empty when the file is not one or has no such rule.
-std::string_view ZoneFileRule(std::string_view file);
-
-// The zone that the environment variable TZ names (a name in the zone data, a file or a rule), else
-// the host's own; UTC where there is neither. `year` is for rules that are not the same every year.
-TIME_ZONE_INFORMATION HostZone(int year);
+// The zone of the host's C library (the environment variable TZ, else the system's own) as the
+// record that tells the local time of the moment's year; `ticks` is UTC.
+//
+// Where the year has two changes that fall on the same weekday of a month in the years to come,
+// they are given so, else as dates of that year. A change that has no such weekday at 00:00, but
+// the day before has one, is told as 23:59:59.999 of that day, the end of the day in this record's
+// terms. A year with other than two changes has a record without any, true for the moment.
+//
+// Thread safety: any thread.
+TIME_ZONE_INFORMATION HostZone(int64_t ticks);
 
 }  // namespace zelto::coredll
 
