@@ -168,7 +168,7 @@ std::string MakeAnew(int file) {
     if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)
         problem = "There is no room for the device's object store '" + Path() + "', " +
                   std::to_string((sizeof(Store) >> 10) + 1) + " KiB: make room and try again.";
-    static_cast<void>(ftruncate(file, 0));
+    (void)!ftruncate(file, 0);  // the next one makes it anew in any case
     return problem;
 }
 
