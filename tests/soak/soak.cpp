@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "platform/coredll/coredll.h"
+#include "platform/coredll/linux/objects/store.h"
 
 namespace zelto::soak {
 namespace {
@@ -125,7 +126,8 @@ Child StartNavigator() {
     Child navigator({ZELTO_NAVIGATOR_PROGRAM}, "/dev/null");
     const Stopwatch watch;
     while (FindWindowW(TEXT("ZELTOPOCKETMAINW"), nullptr) == nullptr) {
-        Require(watch.Seconds() < 5 && navigator.Lives(), "the navigator did not start");
+        Require(watch.Seconds() < 5 && navigator.Lives(),
+                "the navigator did not start; " + coredll::StoreProblem());
         usleep(500);
     }
     return navigator;

@@ -15,7 +15,6 @@
 
 #include "platform/coredll/coredll.h"
 #include "platform/coredll/linux/base/device.h"
-#include "platform/coredll/linux/base/small_file.h"
 #include "platform/coredll/linux/objects/store.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 #include "tests/soak/inhabitants.h"
@@ -89,7 +88,7 @@ const std::vector<std::string> kCommands[] = {
     {"device", "init", "--navigator", "/bin/true"},
     {"device", "show"},
     {"clock", "show"},
-    {"clock", "zone", "host"},
+    {"clock", "zone", "0"},
 };
 
 // ---- The holders -----------------------------------------------------------------------------
@@ -103,30 +102,25 @@ void StopHere() {
     raise(SIGSTOP);
 }
 
+void HoldFile(const char* name) {
+    const std::string path = coredll::DevicePath() + "/" + name;
+    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    Require(file >= 0 && flock(file, LOCK_EX) == 0, path + " cannot be locked");
+    StopHere();
+}
+
+void HoldStore() {
+    coredll::Store* store = coredll::OpenStore();
+    Require(store != nullptr, coredll::StoreProblem());
+    const coredll::StoreLock lock(*store);
+    Require(lock.IsHeld(), "the store's lock is not to be had");
+    StopHere();
+}
+
 const Holder kHolders[] = {
-    {"the store's lock",
-     [] {
-         coredll::Store* store = coredll::OpenStore();
-         Require(store != nullptr, coredll::StoreProblem());
-         const coredll::StoreLock lock(*store);
-         StopHere();
-     }},
-    {"the lock of connecting",
-     [] {
-         const int file = open(coredll::DeviceFile("store").c_str(), O_RDWR | O_CLOEXEC);
-         Require(file >= 0 && flock(file, LOCK_EX) == 0, "no lock of connecting");
-         StopHere();
-     }},
-    {"the registry's lock",
-     [] {
-         const coredll::FileLock lock(coredll::DeviceFile("registry"));
-         StopHere();
-     }},
-    {"the clock's lock",
-     [] {
-         const coredll::FileLock lock(coredll::DeviceFile("clock"));
-         StopHere();
-     }},
+    {"the store's lock", HoldStore},
+    {"the lock of connecting", [] { HoldFile("store"); }},
+    {"the registry's lock", [] { HoldFile("registry.lock"); }},
 };
 
 // A process that holds the lock, stopped.
