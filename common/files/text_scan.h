@@ -10,16 +10,9 @@
 #include <string_view>
 
 #include "common/files/little_endian.h"
+#include "common/text/ascii.h"
 
 namespace zelto {
-
-inline bool IsBlank(char c) {
-    return c == ' ' || c == '\t';
-}
-
-inline bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 // How many blanks stand at the front.
 inline size_t CountBlanks(std::string_view text) {

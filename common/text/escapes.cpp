@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "common/text/ascii.h"
 #include "common/text/text_utils.h"
 
 namespace zelto {
@@ -55,7 +56,7 @@ void PercentEncodeBytes(DString& text, IsKept is_kept) {
 }
 
 bool IsPlain(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == ' ';
+    return IsLetter(c) || IsDigit(c) || c == ' ';
 }
 
 bool IsListSafe(char c) {

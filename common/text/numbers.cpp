@@ -4,18 +4,11 @@
 #include <cmath>
 #include <limits>
 
+#include "common/text/ascii.h"
 #include "common/text/text_utils.h"
 
 namespace zelto {
 namespace {
-
-bool IsSpace(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 // Unsigned all the way: an overflow wraps instead of being undefined.
 template <class Unsigned>

@@ -18,17 +18,6 @@ struct TimeParts {
     bool milliseconds;
 };
 
-constexpr TimeParts kToTheSecond = {true, true, true, false};
-constexpr TimeParts kToTheMillisecond = {true, true, true, true};
-
-void PutIsoDate(LayoutWriter& writer, const DDateTime& value) {
-    writer.Plain(value.year).Put('-').TwoDigits(value.month).Put('-').TwoDigits(value.day);
-}
-
-void PutDayMonthYear(LayoutWriter& writer, const DDateTime& value) {
-    writer.TwoDigits(value.day).Put('-').TwoDigits(value.month).Put('-').Plain(value.year);
-}
-
 void PutShortYear(LayoutWriter& writer, const DDateTime& value) {
     const int32_t year = value.year % 100;
     if (year <= 9)
@@ -36,23 +25,9 @@ void PutShortYear(LayoutWriter& writer, const DDateTime& value) {
     writer.Plain(year);
 }
 
-void PutDayMonthShortYear(LayoutWriter& writer, const DDateTime& value, char separator) {
-    writer.TwoDigits(value.day).Put(separator).TwoDigits(value.month).Put(separator);
-    PutShortYear(writer, value);
-}
-
-void PutDayMonthName(LayoutWriter& writer, const DDateTime& value) {
-    writer.TwoDigits(value.day).Put('-').Put(MonthAbbreviation(value.month)).Put('-');
-}
-
-void PutDayMonthNameShortYear(LayoutWriter& writer, const DDateTime& value) {
-    PutDayMonthName(writer, value);
-    PutShortYear(writer, value);
-}
-
-void PutDayMonthNameYear(LayoutWriter& writer, const DDateTime& value) {
-    PutDayMonthName(writer, value);
-    writer.Plain(value.year);
+int32_t Thousandths(const DDateTime& value) {
+    const float fraction = value.seconds - std::trunc(value.seconds);
+    return WholePart(static_cast<double>(fraction) * 1000.0);
 }
 
 void PutClock(LayoutWriter& writer, TimeParts parts, int32_t hour, int32_t minute, int32_t second,
@@ -74,53 +49,97 @@ void PutClock(LayoutWriter& writer, TimeParts parts, int32_t hour, int32_t minut
     }
 }
 
-void PutTime(LayoutWriter& writer, TimeParts parts, const DDateTime& value) {
-    const float fraction = value.seconds - std::trunc(value.seconds);
-    PutClock(writer, parts, value.hour, value.minute, WholePart(value.seconds),
-             WholePart(static_cast<double>(fraction) * 1000.0));
+// Writes a date and time by its layout, in which these letters stand for values and all else for
+// itself:
+//   D d  day, two digits; filled with a blank     h m s  hour, minute, second, two digits
+//   M N  month, two digits; its abbreviation      f      thousandths of a second, three digits
+//   Y y  year as it is; its last two digits       ?      the separator
+//   Z W  year, four digits; filled with blanks
+void PutByLayout(LayoutWriter& writer, const char* layout, const DDateTime& value, char separator) {
+    for (; *layout != 0; ++layout) {
+        switch (*layout) {
+            case 'D':
+                writer.TwoDigits(value.day);
+                break;
+            case 'd':
+                writer.Number(value.day, 2, ' ');
+                break;
+            case 'M':
+                writer.TwoDigits(value.month);
+                break;
+            case 'N':
+                writer.Put(MonthAbbreviation(value.month));
+                break;
+            case 'Y':
+                writer.Plain(value.year);
+                break;
+            case 'y':
+                PutShortYear(writer, value);
+                break;
+            case 'Z':
+                writer.Number(value.year, 4, '0');
+                break;
+            case 'W':
+                writer.Number(value.year, 4, ' ');
+                break;
+            case 'h':
+                writer.TwoDigits(value.hour);
+                break;
+            case 'm':
+                writer.TwoDigits(value.minute);
+                break;
+            case 's':
+                writer.TwoDigits(WholePart(value.seconds));
+                break;
+            case 'f':
+                writer.Number(Thousandths(value), 3, '0');
+                break;
+            case '?':
+                writer.Put(separator);
+                break;
+            default:
+                writer.Put(*layout);
+        }
+    }
+}
+
+void FormatByLayout(const char* layout, const DDateTime& value, DString& out, char separator = 0) {
+    LayoutWriter writer;
+    PutByLayout(writer, layout, value, separator);
+    writer.StoreIn(out);
 }
 
 }  // namespace
 
 void FormatIsoDate(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    PutIsoDate(writer, value);
-    writer.StoreIn(out);
+    FormatByLayout("Y-M-D", value, out);
 }
 
 void FormatCompactDate(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    writer.Number(value.year, 4, ' ').TwoDigits(value.month).TwoDigits(value.day).StoreIn(out);
+    FormatByLayout("WMD", value, out);
 }
 
 void FormatDayMonthYear(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    PutDayMonthYear(writer, value);
-    writer.StoreIn(out);
+    FormatByLayout("D-M-Y", value, out);
 }
 
 void FormatDayMonthShortYear(const DDateTime& value, char separator, DString& out) {
-    LayoutWriter writer;
-    PutDayMonthShortYear(writer, value, separator);
-    writer.StoreIn(out);
+    FormatByLayout("D?M?y", value, out, separator);
 }
 
 void FormatDayMonthNameShortYear(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    PutDayMonthNameShortYear(writer, value);
-    writer.StoreIn(out);
+    FormatByLayout("D-N-y", value, out);
 }
 
 void FormatDayMonthNameYear(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    PutDayMonthNameYear(writer, value);
-    writer.StoreIn(out);
+    FormatByLayout("D-N-Y", value, out);
 }
 
 void FormatTime(const DDateTime& value, bool hours, bool minutes, bool seconds, bool milliseconds,
                 DString& out) {
     LayoutWriter writer;
-    PutTime(writer, {hours, minutes, seconds, milliseconds}, value);
+    PutClock(writer, {hours, minutes, seconds, milliseconds}, value.hour, value.minute,
+             WholePart(value.seconds), Thousandths(value));
     writer.StoreIn(out);
 }
 
@@ -148,52 +167,31 @@ void FormatDateTime(const DDateTime& value, DString& out) {
 }
 
 void FormatDateTimeDayMonthYear(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    PutDayMonthYear(writer, value);
-    PutTime(writer.Put("   "), kToTheSecond, value);
-    writer.StoreIn(out);
+    FormatByLayout("D-M-Y   h:m:s", value, out);
 }
 
 void FormatDateTimeDayMonthShortYear(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    PutDayMonthShortYear(writer, value, '-');
-    PutTime(writer.Put("  "), kToTheSecond, value);
-    writer.StoreIn(out);
+    FormatByLayout("D-M-y  h:m:s", value, out);
 }
 
 void FormatDateTimePacked(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    writer.Number(value.day, 2, ' ').TwoDigits(value.month).Number(value.year, 4, '0');
-    PutTime(writer.Put(' '), kToTheSecond, value);
-    writer.StoreIn(out);
+    FormatByLayout("dMZ h:m:s", value, out);
 }
 
 void FormatDateTimeMonthNameShortYear(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    PutDayMonthNameShortYear(writer, value);
-    PutTime(writer.Put(' '), kToTheSecond, value);
-    writer.StoreIn(out);
+    FormatByLayout("D-N-y h:m:s", value, out);
 }
 
 void FormatDateTimeMonthNameShortYearMillis(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    PutDayMonthNameShortYear(writer, value);
-    PutTime(writer.Put(' '), kToTheMillisecond, value);
-    writer.StoreIn(out);
+    FormatByLayout("D-N-y h:m:s.f", value, out);
 }
 
 void FormatDateTimeMonthName(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    PutDayMonthNameYear(writer, value);
-    PutTime(writer.Put(' '), kToTheSecond, value);
-    writer.StoreIn(out);
+    FormatByLayout("D-N-Y h:m:s", value, out);
 }
 
 void FormatDateTimeIso(const DDateTime& value, DString& out) {
-    LayoutWriter writer;
-    PutIsoDate(writer, value);
-    PutTime(writer.Put(' '), kToTheSecond, value);
-    writer.StoreIn(out);
+    FormatByLayout("Y-M-D h:m:s", value, out);
 }
 
 }  // namespace zelto

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "common/text/ascii.h"
 #include "common/text/numbers.h"
 #include "common/text/token_scanner.h"
 #include "common/time/month_names.h"
@@ -146,7 +147,7 @@ bool ReadDayMonthNameYear(DDateTime& out, std::string_view text) {
 double ReadSeconds(std::string_view text) {
     std::string_view number = text.substr(0, 15);
     const bool negative = TakeSign(number);
-    if (number.empty() || !((number[0] >= '0' && number[0] <= '9') || number[0] == '.'))
+    if (number.empty() || !(IsDigit(number[0]) || number[0] == '.'))
         return 0;
     double value = 0;
     const auto result = std::from_chars(number.data(), number.data() + number.size(), value);

@@ -3,13 +3,23 @@
 #ifndef ZELTO_PLUGINS_ZELTO_PORT_DLL_PROCESS_OBJECTS_H
 #define ZELTO_PLUGINS_ZELTO_PORT_DLL_PROCESS_OBJECTS_H
 
+#include <cstdint>
+#include <memory>
+
 #include "common/sys/sync.h"
 #include "common/text/dstring.h"
-#include "common/text/text_utility.h"
 #include "common/time/date_time.h"
 #include "platform/coredll/coredll.h"
 
 namespace zelto {
+
+// The object that the text utilities keep for their process-wide state.
+// Thread safety: the lock is what other threads may use.
+struct TextUtility {
+    int32_t first_word = 0;
+    std::unique_ptr<Lock> lock = std::make_unique<Lock>();
+    int32_t last_word = 0;
+};
 
 // One object a process. It touches no navigator, queue or event. A process that links the parts
 // statically makes one of these first of all.
