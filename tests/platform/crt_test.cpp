@@ -32,18 +32,6 @@ TEST(Format, SixtyFourBitIntegersAndFullBuffers) {
     EXPECT_EQ(Format(0, "%s", "abcde"), "-1 ");
 }
 
-TEST(Compare, FoldsToLowerCase) {
-    EXPECT_EQ(_stricmp("ABC", "abc"), 0);
-    for (const auto& [less, more] :
-         {std::pair{"", "a"}, {"a", "AB"}, {"_", "A"}, {"z", "\x80"}, {"\xC4", "\xE4"}}) {
-        EXPECT_LT(_stricmp(less, more), 0) << less;
-        EXPECT_GT(_stricmp(more, less), 0) << less;
-    }
-    EXPECT_EQ(_strnicmp("abX", "ABy", 2), 0);
-    EXPECT_LT(_strnicmp("abX", "ABy", 3), 0);
-    EXPECT_EQ(_strnicmp("a\0x", "a\0y", 3), 0);
-}
-
 TEST(WideOpen, ModesAndPositions) {
     const zelto::test::TempDevice device;
     const auto open = [&](const char* leaf, const char16_t* mode) {

@@ -7,25 +7,6 @@ namespace {
 
 using Events = SharedObjects;
 
-TEST_F(Events, AutoResetIsConsumedManualIsNot) {
-    for (LPCWSTR name : {static_cast<LPCWSTR>(nullptr), TEXT("event")}) {
-        HANDLE automatic = CreateEventW(nullptr, FALSE, FALSE, name);
-        EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_TIMEOUT);
-        EXPECT_TRUE(EventModify(automatic, EVENT_SET));
-        EXPECT_TRUE(EventModify(automatic, EVENT_SET)) << "sets do not add up";
-        EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_OBJECT_0);
-        EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_TIMEOUT);
-        EventModify(automatic, EVENT_SET);
-        EventModify(automatic, EVENT_RESET);
-        EXPECT_EQ(WaitForSingleObject(automatic, 1), WAIT_TIMEOUT);
-        CloseHandle(automatic);
-    }
-    HANDLE manual = CreateEventW(nullptr, TRUE, TRUE, nullptr);
-    EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_OBJECT_0);
-    EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_OBJECT_0);
-    CloseHandle(manual);
-}
-
 TEST_F(Events, NamesAreSharedAndFreedWithTheLastHandle) {
     HANDLE first = CreateEventW(nullptr, FALSE, TRUE, TEXT("e"));
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
@@ -41,23 +22,6 @@ TEST_F(Events, NamesAreSharedAndFreedWithTheLastHandle) {
     // A queue may carry an event's name.
     EXPECT_NE(OpenQueue(TEXT("e"), true), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-}
-
-TEST_F(Events, Failures) {
-    const std::u16string too_long(260, u'e');
-    for (LPCWSTR name : {too_long.c_str(), TEXT("a\\b")}) {
-        SetLastError(kMarker);
-        EXPECT_EQ(CreateEventW(nullptr, FALSE, FALSE, name), nullptr);
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    }
-    HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    EXPECT_FALSE(EventModify(event, 4));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    CloseHandle(event);
-    EXPECT_FALSE(CloseHandle(event));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_FAILED);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
 TEST_F(Events, AnotherProcessReleasesAWait) {

@@ -7,34 +7,6 @@ namespace {
 
 using Queues = SharedObjects;
 
-TEST_F(Queues, CreationTellsNewFromExistingAndRefusesBadOptions) {
-    SetLastError(kMarker);
-    HANDLE reader = OpenQueue(TEXT("q"), true);
-    ASSERT_NE(reader, nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-    HANDLE writer = OpenQueue(TEXT("q"), false);
-    ASSERT_NE(writer, nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
-    EXPECT_NE(OpenQueue(TEXT("Q"), true), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS) << "names are compared with case";
-    EXPECT_NE(OpenQueue(TEXT(""), true), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS) << "the empty name is a name";
-
-    const std::u16string longest(259, u'n');
-    EXPECT_NE(OpenQueue(longest.c_str(), true), nullptr);
-    const std::u16string too_long(260, u'n');
-    const MSGQUEUEOPTIONS bad[] = {
-        {19, 2, 20, 1024, TRUE}, {20, 4, 20, 1024, TRUE}, {20, 2, 20, 0, TRUE}};
-    for (const MSGQUEUEOPTIONS& options : bad) {
-        SetLastError(kMarker);
-        EXPECT_EQ(CreateMsgQueue(TEXT("bad"), &options), nullptr);
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    }
-    EXPECT_EQ(OpenQueue(too_long.c_str(), true), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(CreateMsgQueue(TEXT("bad"), nullptr), nullptr);
-}
-
 TEST_F(Queues, MessagesKeepOrderAndBoundsAndTheAlertGoesFirst) {
     HANDLE writer = OpenQueue(TEXT("q"), false, MSGQUEUE_ALLOW_BROKEN, 3, 700);
     HANDLE reader = OpenQueue(TEXT("q"), true);
@@ -58,28 +30,6 @@ TEST_F(Queues, MessagesKeepOrderAndBoundsAndTheAlertGoesFirst) {
     EXPECT_EQ(ReadText(reader), "error 1460");
 }
 
-TEST_F(Queues, AShortBufferTakesTheMessageAndLosesItsRest) {
-    HANDLE writer = OpenQueue(TEXT("q"), false);
-    HANDLE reader = OpenQueue(TEXT("q"), true);
-    WriteText(writer, "abcdef");
-    WriteText(writer, "next");
-    char buffer[4] = {'#', '#', '#', '#'};
-    DWORD read = 0;
-    EXPECT_FALSE(ReadMsgQueue(reader, buffer, 3, &read, 0, nullptr));
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_EQ(read, 3u);
-    EXPECT_EQ(std::string(buffer, 4), "abc#");
-    EXPECT_EQ(ReadText(reader), "next");
-}
-
-TEST_F(Queues, ANullMessageStoresNothingAndSucceeds) {
-    HANDLE writer = OpenQueue(TEXT("q"), false);
-    HANDLE reader = OpenQueue(TEXT("q"), true);
-    for (const DWORD size : {0u, 5u, 5000u})
-        EXPECT_TRUE(WriteMsgQueue(writer, nullptr, size, 0, 0)) << size;
-    EXPECT_EQ(ReadText(reader), "error 1460");
-}
-
 // Sizes whose blocks do not count in 32 bits.
 TEST_F(Queues, MessagesBeyondTheStoreAreRefused) {
     for (const DWORD size : {0xFFFFFFF0u, 0xFFFFFFFFu, 240u * 16384 + 1}) {
@@ -92,47 +42,6 @@ TEST_F(Queues, MessagesBeyondTheStoreAreRefused) {
         EXPECT_EQ(GetLastError(), ERROR_OUTOFMEMORY) << size;
         CloseMsgQueue(writer);
     }
-}
-
-TEST_F(Queues, WrongHandlesAndArguments) {
-    HANDLE writer = OpenQueue(TEXT("q"), false);
-    HANDLE reader = OpenQueue(TEXT("q"), true);
-    HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    char byte = 0;
-    DWORD read = 0;
-    struct Case {
-        const char* what;
-        BOOL result;
-        DWORD error;
-    };
-    const auto run = [](const char* what, BOOL result) {
-        return Case{what, result, GetLastError()};
-    };
-    const Case invalid_handle[] = {
-        run("write on a read end", WriteMsgQueue(reader, &byte, 1, 0, 0)),
-        run("write null on a read end", WriteMsgQueue(reader, nullptr, 1, 0, 0)),
-        run("read on a write end", ReadMsgQueue(writer, &byte, 1, &read, 0, nullptr)),
-        run("write on an event", WriteMsgQueue(event, &byte, 1, 0, 0)),
-        run("close an event as a queue", CloseMsgQueue(event)),
-        run("close null", CloseMsgQueue(nullptr)),
-    };
-    for (const Case& c : invalid_handle) {
-        EXPECT_FALSE(c.result) << c.what;
-        EXPECT_EQ(c.error, ERROR_INVALID_HANDLE) << c.what;
-    }
-    const Case invalid_parameter[] = {
-        run("write nothing", WriteMsgQueue(writer, &byte, 0, 0, 0)),
-        run("write with unknown flag", WriteMsgQueue(writer, &byte, 1, 0, 2)),
-        run("read into null", ReadMsgQueue(reader, nullptr, 1, &read, 0, nullptr)),
-        run("read without count", ReadMsgQueue(reader, &byte, 1, nullptr, 0, nullptr)),
-    };
-    for (const Case& c : invalid_parameter) {
-        EXPECT_FALSE(c.result) << c.what;
-        EXPECT_EQ(c.error, ERROR_INVALID_PARAMETER) << c.what;
-    }
-    EXPECT_TRUE(CloseHandle(reader));
-    EXPECT_FALSE(CloseMsgQueue(reader)) << "a second close";
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
 TEST_F(Queues, WithoutAllowBrokenASideThatLeavesBreaksTheQueue) {
