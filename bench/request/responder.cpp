@@ -3,19 +3,17 @@
 #include <cstring>
 #include <string>
 
-#include "platform/coredll/coredll.h"
+#include "plugins/zelto_port_dll/protocol.h"
 
 namespace zelto::bench {
 namespace {
-
-constexpr UINT kAnnouncement = 17698;
 
 HANDLE OpenEnd(LPARAM generation, const char* suffix, BOOL read) {
     WCHAR name[64];
     const std::string text = "ZeltoApiMsgQ" + std::to_string(generation) + suffix;
     for (size_t i = 0; i <= text.size(); ++i)
         name[i] = static_cast<WCHAR>(text.c_str()[i]);
-    const MSGQUEUEOPTIONS options{sizeof options, MSGQUEUE_ALLOW_BROKEN, 20, 1024, read};
+    const MSGQUEUEOPTIONS options = QueueOptions(read);
     return CreateMsgQueue(name, &options);
 }
 
@@ -35,11 +33,11 @@ void Answer(LPARAM generation) {
 }  // namespace
 
 void RunResponder() {
-    HWND window = CreateWindowExW(0, TEXT("ZELTOPOCKETMAINW"), nullptr, 0, 0, 0, 0, 0, nullptr,
-                                  nullptr, nullptr, nullptr);
+    HWND window = CreateWindowExW(0, kWindowClass, nullptr, 0, 0, 0, 0, 0, nullptr, nullptr,
+                                  nullptr, nullptr);
     for (MSG message{}; window != nullptr && GetMessageW(&message, window, 0, 0) > 0;) {
         if (message.message == kAnnouncement)
-            Answer(message.lParam - 3);
+            Answer(message.lParam - kAnnouncementBase);
     }
 }
 

@@ -5,7 +5,7 @@
 
 #include "common/text/codepage.h"
 #include "plugins/zelto_port_dll/connection.h"
-#include "plugins/zelto_port_dll/guarded.h"
+#include "plugins/zelto_port_dll/exports.h"
 #include "plugins/zelto_port_dll/replies.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 
@@ -22,12 +22,11 @@ constexpr DWORD kSettlePause = 5000;     // ms; what a navigator takes to finish
 // its terminator, or be no text at all.
 bool ReadExecutablePath() {
     HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, TEXT("SOFTWARE\\ZeltoNav\\General"), 0, KEY_QUERY_VALUE,
-                      &key) != ERROR_SUCCESS)
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kNavigatorKey, 0, KEY_QUERY_VALUE, &key) != ERROR_SUCCESS)
         return false;
     WCHAR path[kExecutablePathUnits + 1] = {};
     DWORD size = kExecutablePathBytes;
-    const LONG result = RegQueryValueExW(key, TEXT("Path_EXE"), nullptr, nullptr,
+    const LONG result = RegQueryValueExW(key, kNavigatorValue, nullptr, nullptr,
                                          reinterpret_cast<BYTE*>(path), &size);
     RegCloseKey(key);
     if (result != ERROR_SUCCESS)
@@ -97,7 +96,8 @@ int32_t ZeltoNavPort_Init() {
 }
 
 int32_t ZeltoNavPort_IsOpen() {
-    return zelto::FindNavigator() ? ZELTO_NAV_PORT_OK : ZELTO_NAV_PORT_NO_WINDOW;
+    return zelto::Guarded(
+        [] { return zelto::FindNavigator() ? ZELTO_NAV_PORT_OK : ZELTO_NAV_PORT_NO_WINDOW; });
 }
 
 int32_t ZeltoNavPort_Version() {

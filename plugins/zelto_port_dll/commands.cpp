@@ -1,12 +1,12 @@
 // The commands: arguments in, one request line out, the navigator's result back.
 
 #include <charconv>
+#include <cmath>
 #include <iterator>
 
 #include "common/text/dstring.h"
-#include "plugins/zelto_port_dll/guarded.h"
+#include "plugins/zelto_port_dll/exports.h"
 #include "plugins/zelto_port_dll/replies.h"
-#include "plugins/zelto_port_dll/system_text.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 
 namespace zelto {
@@ -40,12 +40,20 @@ int32_t SendWaypoint(const char* first, const char* second, double x, double y, 
     return Send("M", arguments);
 }
 
+// Seven decimals; what is no number stays none, so that no place is made of it.
+void AppendCoordinate(DString& text, double value) {
+    if (std::isnan(value))
+        AppendSixDecimals(text, value);
+    else
+        text += value;
+}
+
 DString GotoArguments(double x, double y) {
     DString arguments;
     arguments.set_decimals(kGotoDecimals);
-    arguments += x;
+    AppendCoordinate(arguments, x);
     arguments += ",";
-    arguments += y;
+    AppendCoordinate(arguments, y);
     arguments += ",,,";
     return arguments;
 }

@@ -4,18 +4,16 @@
 #define ZELTO_PLUGINS_ZELTO_PORT_DLL_CONNECTION_H
 
 #include "platform/coredll/coredll.h"
+#include "plugins/zelto_port_dll/protocol.h"
 
 namespace zelto {
-
-inline constexpr DWORD kExecutablePathBytes = 200;
-inline constexpr size_t kExecutablePathUnits = kExecutablePathBytes / sizeof(WCHAR);
 
 // Built with the values of a process that has not called ZeltoNavPort_Init. Handles stay open at
 // unload. Flags are 0 or 1.
 // Thread safety: none; one thread at a time.
 struct ConnectionState {
     HWND window = nullptr;  // the navigator's; null: not known
-    const WCHAR* window_class = TEXT("ZELTOPOCKETMAINW");
+    const WCHAR* window_class = kWindowClass;
 
     // One unit more than the registry may fill, so that there is always room for a terminator.
     WCHAR executable_path[kExecutablePathUnits + 1] = {};
@@ -32,7 +30,7 @@ struct ConnectionState {
     HANDLE reply_event = nullptr;  // of the packet files; made once
 };
 
-extern ConnectionState g_connection;
+inline constinit ConnectionState g_connection;
 
 }  // namespace zelto
 

@@ -4,7 +4,7 @@
 
 #include "platform/coredll/coredll.h"
 #include "plugins/zelto_port_dll/connection.h"
-#include "plugins/zelto_port_dll/transport.h"
+#include "plugins/zelto_port_dll/zelto_port.h"
 
 namespace zelto {
 
@@ -13,12 +13,6 @@ namespace {
 // Milliseconds.
 constexpr DWORD kReplyTimeout = 1000;
 constexpr DWORD kLongReplyTimeout = 10000;
-
-constexpr int32_t kRequestFileNotCreated = 5;
-constexpr int32_t kRequestFileNotWritten = 6;
-constexpr int32_t kReplyFileNotRead = 9;
-constexpr int32_t kReplyFileNotOpened = 88;
-constexpr int32_t kNoReplyEvent = 2007;
 
 HANDLE OpenPacketFile(const WCHAR* name, DWORD disposition) {
     const std::basic_string<WCHAR> path = std::basic_string<WCHAR>(g_connection.folder) + name;
@@ -29,7 +23,7 @@ HANDLE OpenPacketFile(const WCHAR* name, DWORD disposition) {
 // False when the navigator did not set the event in time.
 bool AnnounceAndWait() {
     if (g_connection.reply_event == nullptr)
-        g_connection.reply_event = CreateEventW(nullptr, FALSE, FALSE, TEXT("EventZeltoAPI"));
+        g_connection.reply_event = CreateEventW(nullptr, FALSE, FALSE, kReplyEvent);
     EventModify(g_connection.reply_event, EVENT_RESET);
     PostMessageW(g_connection.window, kAnnouncement, kAnnouncementWParam, kAnnouncementBase);
     const DWORD timeout = g_connection.long_wait != 0 ? kLongReplyTimeout : kReplyTimeout;
@@ -42,31 +36,31 @@ int32_t ExchangePacketFiles(RequestLine& line, char* buffer, uint32_t size, uint
     const bool enabled = g_connection.transport_enabled != 0;
     HANDLE file = INVALID_HANDLE_VALUE;
     if (enabled) {
-        file = OpenPacketFile(TEXT("\\PACKETTX.DAT"), CREATE_ALWAYS);
+        file = OpenPacketFile(kRequestFile, CREATE_ALWAYS);
         if (file == INVALID_HANDLE_VALUE)
-            return kRequestFileNotCreated;
+            return ZELTO_NAV_PORT_REQUEST_FILE;
     }
     DWORD written = 0;
     const BOOL wrote = WriteFile(file, line.Bytes(), line.Length(), &written, nullptr);
     line.ReleaseBytes();
     if (wrote < 1) {
         CloseHandle(file);
-        return kRequestFileNotWritten;
+        return ZELTO_NAV_PORT_NO_WINDOW;  // one number for both
     }
     if (enabled) {
         CloseHandle(file);
         if (!AnnounceAndWait())
-            return kNoReplyEvent;
-        file = OpenPacketFile(TEXT("\\PACKETRX.DAT"), OPEN_EXISTING);
+            return ZELTO_NAV_PORT_EVENT_TIMEOUT;
+        file = OpenPacketFile(kReplyFile, OPEN_EXISTING);
         if (file == INVALID_HANDLE_VALUE)
-            return kReplyFileNotOpened;
+            return ZELTO_NAV_PORT_NO_REPLY_FILE;
     }
     const BOOL read = ReadFile(file, buffer, size, &bytes_read, nullptr);
     CloseHandle(file);
     if (!read)
-        return kReplyFileNotRead;
+        return ZELTO_NAV_PORT_BAD_REPLY;  // one number for both
     buffer[bytes_read] = '\0';
-    return 0;
+    return ZELTO_NAV_PORT_OK;
 }
 
 }  // namespace zelto

@@ -6,14 +6,11 @@
 #include <string_view>
 
 #include "plugins/zelto_port_dll/transport.h"
+#include "plugins/zelto_port_dll/zelto_port.h"
 
 namespace zelto {
 
 namespace {
-
-constexpr int32_t kShortReply = 2;
-constexpr int32_t kShortReplyInto = 8;
-constexpr int32_t kUnknownReply = 9;
 
 // As atoi, on a text without terminator; a number that does not fit becomes the nearest that does.
 int32_t LeadingNumber(std::string_view text) {
@@ -37,21 +34,22 @@ int32_t Decode(const char* command, const char* arguments, char* buffer, uint32_
     if (reply.size() < 2)
         return short_reply;
     if (reply[0] == 'A')
-        return 0;
+        return ZELTO_NAV_PORT_OK;
     if (reply[0] == 'B' && reply.size() > 2)
         return LeadingNumber(reply.substr(2));
-    return kUnknownReply;
+    return ZELTO_NAV_PORT_BAD_REPLY;
 }
 
 }  // namespace
 
 int32_t DecodeStatus(const char* command, const char* arguments, uint32_t size) {
     char reply[kReplySize + 1];
-    return Decode(command, arguments, reply, std::min(size, kReplySize), kShortReply);
+    return Decode(command, arguments, reply, std::min(size, kReplySize),
+                  ZELTO_NAV_PORT_SHORT_REPLY);
 }
 
 int32_t DecodeStatusInto(const char* command, const char* arguments, char* buffer, uint32_t size) {
-    return Decode(command, arguments, buffer, size, kShortReplyInto);
+    return Decode(command, arguments, buffer, size, ZELTO_NAV_PORT_SHORT_STREET_REPLY);
 }
 
 }  // namespace zelto

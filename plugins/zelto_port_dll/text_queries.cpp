@@ -4,13 +4,12 @@
 #include <cstring>
 #include <new>
 
+#include "common/text/codepage.h"
 #include "common/text/dstring.h"
 #include "plugins/zelto_port_dll/connection.h"
-#include "plugins/zelto_port_dll/guarded.h"
+#include "plugins/zelto_port_dll/exports.h"
 #include "plugins/zelto_port_dll/replies.h"
-#include "plugins/zelto_port_dll/system_text.h"
 #include "plugins/zelto_port_dll/transport.h"
-#include "plugins/zelto_port_dll/wide_text.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 
 namespace zelto {
@@ -54,10 +53,11 @@ int32_t GetString(const char* request, uint32_t size, char* destination) {
 int32_t PositionStreet(WCHAR* destination) {
     char reply[kReplySize + 24] = {};  // zeroes, so that a reply of any length is terminated
     const int32_t result = DecodeStatusInto("e", "0", reply, kReplySize);
-    const WideText text(reply);
+    const std::basic_string<WCHAR> text =
+        ToWide(reply, static_cast<int>(std::strlen(reply)), CurrentCodepage());
     if (destination != nullptr) {
-        const size_t length = std::min<size_t>(wcslen(text.Units()), kReplySize);
-        std::copy_n(text.Units(), length, destination);
+        const size_t length = std::min<size_t>(text.size(), kReplySize);
+        std::copy_n(text.data(), length, destination);
         destination[length] = 0;
     }
     return result;

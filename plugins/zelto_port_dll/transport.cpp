@@ -1,17 +1,17 @@
 #include "plugins/zelto_port_dll/transport.h"
 
+#include <utility>
+
+#include "common/text/codepage.h"
 #include "common/text/dstring.h"
 #include "plugins/zelto_port_dll/connection.h"
 #include "plugins/zelto_port_dll/packet_channel.h"
 #include "plugins/zelto_port_dll/request_line.h"
-#include "plugins/zelto_port_dll/wide_text.h"
+#include "plugins/zelto_port_dll/zelto_port.h"
 
 namespace zelto {
 
 namespace {
-
-constexpr DWORD kMaxMessages = 20;
-constexpr DWORD kMaxMessageBytes = 1024;
 
 // Milliseconds.
 constexpr DWORD kWriteTimeout = 300;
@@ -21,18 +21,18 @@ constexpr DWORD kReadTimeout = 500;
 
 constexpr int kLongWaitReads = 5;
 
-constexpr int32_t kReadFailed = 10;
-constexpr int32_t kDisconnected = 11;
-constexpr int32_t kNotAnnounced = 12;
-constexpr int32_t kNoReply = 1007;
-
 HANDLE CreateQueue(const char* suffix, BOOL read_access) {
-    DString name("ZeltoApiMsgQ");
+    DString name(kQueuePrefix);
     name += g_connection.generation;
     name += suffix;
-    const MSGQUEUEOPTIONS options = {sizeof(MSGQUEUEOPTIONS), MSGQUEUE_ALLOW_BROKEN, kMaxMessages,
-                                     kMaxMessageBytes, read_access};
-    return CreateMsgQueue(WideText(name.c_str()).Units(), &options);
+    const MSGQUEUEOPTIONS options = QueueOptions(read_access);
+    return CreateMsgQueue(ToWide(name.c_str(), name.length(), CurrentCodepage()).c_str(), &options);
+}
+
+// Forgets the queue as well: without memory there may be no other to take its place.
+void CloseQueue(HANDLE& queue) {
+    if (HANDLE closing = std::exchange(queue, nullptr); closing != nullptr)
+        CloseMsgQueue(closing);
 }
 
 // Wraps round at the end of its range.
@@ -43,11 +43,11 @@ int32_t Add(int32_t a, int32_t b) {
 int32_t ReadResult(DWORD error) {
     switch (error) {
         case ERROR_TIMEOUT:
-            return kNoReply;
+            return ZELTO_NAV_PORT_TIMEOUT;
         case ERROR_PIPE_NOT_CONNECTED:
-            return kDisconnected;
+            return ZELTO_NAV_PORT_DISCONNECTED;
         default:
-            return kReadFailed;
+            return ZELTO_NAV_PORT_READ_FAILED;
     }
 }
 
@@ -71,10 +71,8 @@ int32_t ReadReply(uint32_t request_length, char* buffer, uint32_t size, uint32_t
 }  // namespace
 
 void OpenQueues() {
-    if (g_connection.write_queue != nullptr)
-        CloseMsgQueue(g_connection.write_queue);
-    if (g_connection.read_queue != nullptr)
-        CloseMsgQueue(g_connection.read_queue);
+    CloseQueue(g_connection.write_queue);
+    CloseQueue(g_connection.read_queue);
     g_connection.write_queue = CreateQueue("_tx", FALSE);
     g_connection.read_queue = CreateQueue("_rx", TRUE);
 }
@@ -90,7 +88,7 @@ int32_t SendOnQueue(const void* request, uint32_t length, uint8_t reconnect) {
             timeout = kReconnectWriteTimeout;
     }
     if (!PostMessageW(g_connection.window, kAnnouncement, kAnnouncementWParam, announcement))
-        return kNotAnnounced;
+        return ZELTO_NAV_PORT_NOT_ANNOUNCED;
 
     if (WriteMsgQueue(g_connection.write_queue, request, length, timeout, 0))
         return 0;

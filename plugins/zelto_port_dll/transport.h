@@ -7,12 +7,6 @@
 
 namespace zelto {
 
-// The posted window message that tells the navigator of a request. lParam is kAnnouncementBase,
-// plus the generation of the queue pair when that is new.
-inline constexpr uint32_t kAnnouncement = 0x4522;
-inline constexpr uint32_t kAnnouncementWParam = 15;
-inline constexpr int32_t kAnnouncementBase = 3;
-
 // Sends a request and waits for its reply. `buffer` takes at most `size` bytes; on the packet-file
 // channel a NUL is put behind them, for which there must be room, and none on the queue channel.
 // A null command or argument text is allowed, see RequestLine.

@@ -18,7 +18,8 @@
  *     navigator's affair.
  *  6. Truth values are integers, zero or not.
  *  7. Threads: the connection is one per process and holds no lock. Call from any thread, but
- *     from one at a time.
+ *     from one at a time. Two client processes of one device disturb each other: their queues can
+ *     have the same names, and then either may get the other's answer or none.
  *  8. Waits: a request takes at most 4 s to be written (11 s when a second attempt is needed) and
  *     0.5 s to be answered. ZeltoNavPort_Init says its own.
  *  9. Nothing is thrown, nothing is shown to the user, nothing is written to a log.
@@ -57,7 +58,7 @@ enum ZeltoNavPort_Result {
     ZELTO_NAV_PORT_NO_NAVIGATOR = 1,       /* not found and not started; or not supported */
     ZELTO_NAV_PORT_SHORT_REPLY = 2,        /* a reply of fewer than 2 bytes */
     ZELTO_NAV_PORT_EMPTY_REPLY = 3,        /* GetString: a reply of no bytes */
-    ZELTO_NAV_PORT_NOT_INSTALLED = 4,      /* Init: no registry entry */
+    ZELTO_NAV_PORT_NOT_INSTALLED = 4,      /* Init: registry entry, or device, not to be had */
     ZELTO_NAV_PORT_REQUEST_FILE = 5,       /* the request file could not be created */
     ZELTO_NAV_PORT_NO_WINDOW = 6,          /* no window known; the request file not written */
     ZELTO_NAV_PORT_SHORT_STREET_REPLY = 8, /* PositionStreet: a reply of fewer than 2 bytes */
@@ -80,7 +81,8 @@ extern "C" {
  * "SOFTWARE\ZeltoNav\General", value "Path_EXE", at most 200 bytes), starts the navigator unless
  * its window is there, and makes the first exchange. Sends "F|0".
  * Waits up to 15 s for a navigator it has to start, always the last 5 s of them, and up to five
- * reads of 0.5 s for its answer. May be called again: everything is done anew.
+ * reads of 0.5 s for its answer: a silent navigator is 1007 after 2.5 s. May be called again:
+ * everything is done anew.
  * Result: 4 not installed, 1 not found and not started, else that of the exchange, as
  * ZeltoNavPort_GetString. Threads: one at a time. */
 ZELTO_PORT_API int32_t ZeltoNavPort_Init(void);
@@ -166,8 +168,8 @@ ZELTO_PORT_API int32_t ZeltoNavPort_CenterCoordinate(double x, double y, double 
 ZELTO_PORT_API int32_t ZeltoNavPort_ExecCommand(int32_t number);
 
 /* Starts navigation to a point. Sends "S|<x>,<y>,,,1", the last field 0 for a null text; the text
- * itself is not sent. Seven decimals each, cut and not rounded; the integer part must fit in 32
- * bits. Threads: one at a time. */
+ * itself is not sent. Seven decimals each, cut and not rounded; beyond 2^63 the largest double
+ * below it is sent, and "nan" for what is not a number. Threads: one at a time. */
 ZELTO_PORT_API int32_t ZeltoNavPort_Goto(double x, double y, const ZeltoNavPort_Wide* text);
 
 /* As ZeltoNavPort_Goto, but the 8-bit text is sent: "S|<x>,<y>,,,<text>".

@@ -113,7 +113,10 @@ TEST_F(BootstrapTest, GetStringConnectsWhenNoWindowIsKnown) {
     Install();
     Scripted().failing = {"RegOpenKeyExW"};
     char text[8] = "-";
+    g_connection.transport_enabled = g_connection.queue_channel = 0;
     EXPECT_EQ(ZeltoNavPort_GetString("a", 8, text), 4);
+    EXPECT_EQ(CurrentCodepage(), 65001);  // set before the registry is read
+    EXPECT_EQ(g_connection.transport_enabled + g_connection.queue_channel, 2);
     Scripted().failing.clear();
     Scripted().reads = {{"G|0"}, {"G|abc"}};
     EXPECT_EQ(ZeltoNavPort_GetString("a", 8, text), 0);

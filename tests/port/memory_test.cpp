@@ -9,11 +9,31 @@ namespace {
 
 int g_arrays = 0;  // alive
 bool g_full = false;
+int g_blocks_left = -1;  // before there is no memory; below 0: no limit
+
+bool NoneLeft() {
+    return g_full || (g_blocks_left >= 0 && g_blocks_left-- == 0);
+}
 
 }  // namespace
 
+void* operator new(size_t size) {
+    void* block = NoneLeft() ? nullptr : std::malloc(size);
+    if (block == nullptr)
+        throw std::bad_alloc();
+    return block;
+}
+
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+
+void operator delete(void* block, size_t) noexcept {
+    std::free(block);
+}
+
 void* operator new[](size_t size) {
-    void* block = g_full ? nullptr : std::malloc(size);
+    void* block = NoneLeft() ? nullptr : std::malloc(size);
     if (block == nullptr)
         throw std::bad_alloc();
     ++g_arrays;
@@ -45,10 +65,25 @@ TEST_F(PortTest, GetStringKeepsItsReplyUnlessItSucceeds) {
 TEST_F(PortTest, WithoutMemoryExportsAnswerFourteen) {
     g_full = true;
     const int32_t results[] = {ZeltoNavPort_GetString("0", 8, nullptr), ZeltoNavPort_Cobertura(),
-                               ZeltoNavPort_PositionStreet(nullptr)};
+                               ZeltoNavPort_PositionStreet(nullptr), ZeltoNavPort_IsOpen(),
+                               ZeltoNavPort_Init()};
     g_full = false;
     for (const int32_t result : results)
         EXPECT_EQ(result, 14);
+}
+
+TEST_F(PortTest, AQueueIsClosedOnceWhereverMemoryEnds) {
+    for (int blocks = 0; blocks < 30; ++blocks) {
+        Restart();
+        Scripted().reads = {{"A|"}, {"A|"}, {"A|"}};
+        ZeltoNavPort_Cobertura();
+        g_blocks_left = blocks;
+        ZeltoNavPort_Cobertura();
+        g_blocks_left = -1;
+        ZeltoNavPort_Cobertura();
+        const Lines closed = CallsOf({"CloseMsgQueue"});
+        EXPECT_EQ(std::set<std::string>(closed.begin(), closed.end()).size(), closed.size());
+    }
 }
 
 }  // namespace

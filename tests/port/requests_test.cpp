@@ -1,6 +1,7 @@
 // What each export sends, and what it makes of the replies.
 
 #include <cfloat>
+#include <cmath>
 #include <cstring>
 
 #include "plugins/zelto_port_dll/replies.h"
@@ -18,6 +19,7 @@ const Request kRequests[] = {
     {"R|0", [] { return ZeltoNavPort_CloseZeltoNav(); }},
     {"T|1|\xC3\xA9|b|1|-2", [] { return ZeltoNavPort_MessageBox(u"\u00E9", u"b", 1, -2); }},
     {"T|1|\xE2\x82\xAC|b|1|-2", [] { return ZeltoNavPort_MessageBoxA("\x80", "b", 1, -2); }},
+    {"T|1|a|b|70000|-70000", [] { return ZeltoNavPort_MessageBox(u"a", u"b", 70000, -70000); }},
     {"T|1|||0|0", [] { return ZeltoNavPort_MessageBox(nullptr, nullptr, 0, 0); }},
     {"a|0", [] { return ZeltoNavPort_Cobertura(); }},
     {"D|\\\xE2\x82\xAC.map", [] { return ZeltoNavPort_OpenFile(u"\\\u20AC.map"); }},
@@ -36,6 +38,9 @@ const Request kRequests[] = {
     {"I|-2147483648", [] { return ZeltoNavPort_ExecCommand(INT32_MIN); }},
     {"S|12.3450000,-0.5000000,,,1", [] { return ZeltoNavPort_Goto(12.345, -0.5, u"text"); }},
     {"S|12.3450000,-0.5000000,,,0", [] { return ZeltoNavPort_Goto(12.345, -0.5, nullptr); }},
+    {"S|1.0000000,0.0000000,,,1", [] { return ZeltoNavPort_Goto(1, 0, u""); }},
+    {"S|nan,0.5000000,,,0", [] { return ZeltoNavPort_Goto(NAN, 0.5, nullptr); }},
+    {"S|0.5000000,nan,,,x", [] { return ZeltoNavPort_GotoA(0.5, NAN, "x"); }},
     {"S|1.0000000,0.0000000,,,\x80", [] { return ZeltoNavPort_GotoA(1, 0, "\x80"); }},
     {"S|1.0000000,0.0000000,,,", [] { return ZeltoNavPort_GotoA(1, 0, nullptr); }},
     {"E|$GPGGA*00\r", [] { return ZeltoNavPort_NewPoint_nmea(u"$GPGGA*00\r", u"not sent"); }},
@@ -149,10 +154,13 @@ TEST_F(PortTest, UnusualArgumentsAreSafe) {
 
 TEST_F(PortTest, BeforeInitTextsAreInTheSystemsCodePage) {
     SetCurrentCodepage(0);
-    Scripted().reads = {{"A|"}, {"A|"}};
+    Scripted().reads = {{"A|"}, {"A|"}, {"A|\x80"}};
     EXPECT_EQ(ZeltoNavPort_GotoRuta(u"r\u20AC"), 0);
     EXPECT_EQ(ZeltoNavPort_OpenFile("\x80"), 0);
-    EXPECT_EQ(Scripted().requests, (Lines{"f|r\x80\n", "D|\x80\n"}));
+    WCHAR street[1001];
+    EXPECT_EQ(ZeltoNavPort_PositionStreet(street), 0);
+    EXPECT_EQ(std::basic_string<WCHAR>(street), u"A|\u20AC");
+    EXPECT_EQ(Scripted().requests, (Lines{"f|r\x80\n", "D|\x80\n", "e|0\n"}));
 }
 
 }  // namespace

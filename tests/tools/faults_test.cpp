@@ -146,8 +146,8 @@ TEST(Navigator, TakesNoHarmFromAnnouncementsWithoutARequest) {
     options.bReadAccess = TRUE;
     HANDLE rx = CreateMsgQueue(TEXT("ZeltoApiMsgQ9_rx"), &options);
     for (const LPARAM detail : {12, 13, 3, 0, -7})  // 12: our queues; 13: nobody's
-        EXPECT_TRUE(PostMessageW(window, navigator::kAnnouncement, 15, detail));
-    EXPECT_TRUE(PostMessageW(window, navigator::kAnnouncement, 16, 12));
+        EXPECT_TRUE(PostMessageW(window, kAnnouncement, 15, detail));
+    EXPECT_TRUE(PostMessageW(window, kAnnouncement, 16, 12));
     EXPECT_EQ(Port({"goto", "1", "2"}).status, 0);
     const std::string watched = test.navigator->ReadUntil("announcement -7 ignored");
     EXPECT_NE(watched.find("#9 no request came\n#10 the client has closed its queues\n"),

@@ -120,11 +120,12 @@ TEST(Requests, ReadPositionsFromSentences) {
             {"M|Sydney,,-34,150.5,0,\n", "A|0"},
             {"e|0\n", "A|-34.000000,150.510000,922 m from Sydney"},
             {"E|$GPGSV,1,1,00*79\n", "A|0"},
+            {"E|$PGRMC,A,100.0,100*38\n", "A|0"},  // a maker's own, for all its letters
             {"E|$GPRMC,151605.053,V,,,,,,,260705,,*29\n", "A|0"},
             {"F|position\n", "G|"},
             {"F|fix\n", "G|void 150510 093001.5"},
             {"a|0\n", "B|308"},
-            {"F|sentences\n", "G|4"}});
+            {"F|sentences\n", "G|5"}});
 }
 
 TEST(Requests, RefuseSentencesThatCannotBeTrusted) {

@@ -7,18 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/coredll/coredll.h"
+#include "plugins/zelto_port_dll/protocol.h"
 
 namespace zelto::navigator {
-
-// The announcement: this window message with wParam 15. lParam is 3 for packet files, else 3 more
-// than the generation of the client's queue pair.
-inline constexpr UINT kAnnouncement = 17698;
-inline constexpr WPARAM kAnnouncementKind = 15;
-inline constexpr LPARAM kPacketFiles = 3;
-
-// Requests and replies are single messages of at most this many bytes.
-inline constexpr DWORD kMaxMessage = 1024;
 
 // How long an announced request is waited for. A client writes right after announcing; one that
 // announces again while it waits for a late reply writes nothing at all.

@@ -28,7 +28,7 @@ class PacketFile {
 
 // The client waits on this event, which either side may be the first to create.
 bool SignalReply() {
-    HANDLE event = CreateEventW(nullptr, FALSE, FALSE, TEXT("EventZeltoAPI"));
+    HANDLE event = CreateEventW(nullptr, FALSE, FALSE, kReplyEvent);
     if (event == nullptr)
         return false;
     const BOOL signalled = EventModify(event, EVENT_SET);
@@ -39,12 +39,11 @@ bool SignalReply() {
 class FileExchange : public Exchange {
   public:
     explicit FileExchange(const std::u16string& folder)
-        : request_path_(folder + TEXT("\\PACKETTX.DAT")),
-          reply_path_(folder + TEXT("\\PACKETRX.DAT")) {}
+        : request_path_(folder + kRequestFile), reply_path_(folder + kReplyFile) {}
 
     bool Receive(std::string& request, std::string& why) override {
         const PacketFile file(request_path_, GENERIC_READ, OPEN_EXISTING);
-        char buffer[kMaxMessage];
+        char buffer[kMaxMessageBytes];
         DWORD size = 0;
         if (!file.IsOpen() || !ReadFile(file.handle(), buffer, sizeof buffer, &size, nullptr)) {
             why = fmt::format("the request file cannot be read (error {})", GetLastError());

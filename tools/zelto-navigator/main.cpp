@@ -5,6 +5,8 @@
 #include <fmt/core.h>
 
 #include "platform/coredll/linux/device_admin.h"
+#include "tools/wire/calls.h"
+#include "tools/wire/results.h"
 #include "tools/zelto-navigator/queries.h"
 #include "tools/zelto-navigator/refusal.h"
 #include "tools/zelto-navigator/requests.h"
@@ -21,14 +23,16 @@ constexpr const char* kSummary =
 
 std::string Manual() {
     std::string text = "Requests (\"<letter>|<arguments>\"):\n";
-    for (const Request& request : Requests())
-        text += fmt::format("  {}|{:<53} {}\n", request.letter, request.arguments, request.help);
+    for (const Request& request : Requests()) {
+        const zelto::wire::Call& call = *zelto::wire::FindCall(request.letter);
+        text += fmt::format("  {}|{:<53} {}\n", call.letter, call.arguments, call.help);
+    }
     text += "\nQueries of request F:\n";
     for (const Query& query : Queries())
         text += fmt::format("  {:<15} {}\n", query.name, query.help);
     text += "\nReplies: \"A|...\" done, \"G|<text>\" an answer, \"B|<number>\" refused:\n";
-    for (const RefusalText& refusal : kRefusals)
-        text += fmt::format("  {} {}\n", static_cast<int>(refusal.number), refusal.words);
+    for (int refusal = kFirstRefusal; refusal <= kLastRefusal; ++refusal)
+        text += fmt::format("  {} {}\n", refusal, zelto::wire::FindResult(refusal)->meaning);
     text += "\nThe device is the directory named by ZELTO_DEVICE, else the user's default;\n";
     text += "\"zeltoport device init\" makes it. Started by a client, or with its output sent to\n";
     text += "/dev/null, it appends what it prints to navigator.log there.\n";

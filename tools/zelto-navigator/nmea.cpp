@@ -92,6 +92,11 @@ Sentence ReadGga(const Fields& fields, Fix& fix) {
     return Sentence::kPosition;
 }
 
+// Two letters of the talker, three of the kind. "P" begins a maker's own sentences.
+bool IsKind(std::string_view address, std::string_view kind) {
+    return address.size() == 5 && address.ends_with(kind) && address[0] != 'P';
+}
+
 Fields Split(std::string_view body) {
     Fields fields;
     while (body.find(',') != std::string_view::npos)
@@ -112,9 +117,9 @@ Sentence ReadSentence(std::string_view text, Fix& fix) {
     if (!ChecksumHolds(body, text))
         return Sentence::kBadChecksum;
     const Fields fields = Split(body);
-    if (fields[0].size() == 5 && fields[0].ends_with("RMC"))
+    if (IsKind(fields[0], "RMC"))
         return ReadRmc(fields, fix);
-    if (fields[0].size() == 5 && fields[0].ends_with("GGA"))
+    if (IsKind(fields[0], "GGA"))
         return ReadGga(fields, fix);
     return Sentence::kOther;
 }

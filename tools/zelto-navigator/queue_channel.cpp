@@ -9,7 +9,7 @@ namespace {
 
 std::u16string QueueName(int generation, const char* direction) {
     std::u16string name;
-    tools::WideFromUtf8(fmt::format("ZeltoApiMsgQ{}_{}", generation, direction), name);
+    tools::WideFromUtf8(fmt::format("{}{}_{}", kQueuePrefix, generation, direction), name);
     return name;
 }
 
@@ -17,8 +17,7 @@ std::u16string QueueName(int generation, const char* direction) {
 class QueueEnd {
   public:
     QueueEnd(const std::u16string& name, BOOL read_access) {
-        const MSGQUEUEOPTIONS options = {sizeof(MSGQUEUEOPTIONS), MSGQUEUE_ALLOW_BROKEN, 20,
-                                         kMaxMessage, read_access};
+        const MSGQUEUEOPTIONS options = QueueOptions(read_access);
         handle_ = CreateMsgQueue(name.c_str(), &options);
         error_ = GetLastError();
     }
@@ -52,7 +51,7 @@ class QueueExchange : public Exchange {
                       : std::string("the client has closed its queues");
             return false;
         }
-        char buffer[kMaxMessage];
+        char buffer[kMaxMessageBytes];
         DWORD size = 0;
         DWORD flags = 0;
         if (!ReadMsgQueue(requests_.handle(), buffer, sizeof buffer, &size, kRequestWait, &flags)) {

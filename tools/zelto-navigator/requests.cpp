@@ -156,21 +156,10 @@ std::string Close(Navigator& navigator, std::string_view) {
 }
 
 constexpr Request kRequests[] = {
-    {'F', "GetString", "query", "answers a query with text", GetString},
-    {'e', "PositionStreet", "0", "tells the position and what is near it", PositionStreet},
-    {'a', "Cobertura", "0", "says whether there is a valid position", Coverage},
-    {'T', "MessageBox", "1|title|text|style|seconds", "shows a message box", ShowMessageBox},
-    {'D', "OpenFile", "path", "opens a file, which must exist", OpenFile},
-    {'M', "New_Waypoint", "name,description,latitude,longitude,altitude,icon",
-     "adds or replaces a waypoint", NewWaypoint},
-    {'N', "Delete_Waypoint", "name", "deletes a waypoint", DeleteWaypoint},
-    {'O', "CenterCoordinate", "latitude,longitude,scale", "centres the map; scale 0 keeps it",
-     CenterCoordinate},
-    {'I', "ExecCommand", "number", "runs a command, 0 and up", ExecCommand},
-    {'S', "Goto", "latitude,longitude,,,label", "navigates to a place", Goto},
-    {'E', "NewPoint_nmea", "sentence", "takes an NMEA sentence", NewPoint},
-    {'f', "GotoRuta", "route", "navigates along a route", GotoRuta},
-    {'R', "CloseZeltoNav", "0", "answers, then ends", Close},
+    {'F', GetString},   {'e', PositionStreet}, {'a', Coverage},       {'T', ShowMessageBox},
+    {'D', OpenFile},    {'M', NewWaypoint},    {'N', DeleteWaypoint}, {'O', CenterCoordinate},
+    {'I', ExecCommand}, {'S', Goto},           {'E', NewPoint},       {'f', GotoRuta},
+    {'R', Close},
 };
 
 }  // namespace

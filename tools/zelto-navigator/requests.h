@@ -1,4 +1,4 @@
-// The requests of the protocol: what each is called, how its arguments look, what it does.
+// What the stand-in does with each request of the protocol.
 
 #ifndef ZELTO_TOOLS_ZELTO_NAVIGATOR_REQUESTS_H
 #define ZELTO_TOOLS_ZELTO_NAVIGATOR_REQUESTS_H
@@ -12,10 +12,7 @@
 namespace zelto::navigator {
 
 struct Request {
-    char letter;
-    const char* name;
-    const char* arguments;  // their form, for readers
-    const char* help;
+    char letter;  // whose form and meaning are in the table of calls
     // Carries the request out and returns the reply.
     std::string (*handle)(Navigator& navigator, std::string_view arguments);
 };

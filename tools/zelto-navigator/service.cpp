@@ -5,6 +5,7 @@
 #include <fmt/core.h>
 
 #include "tools/text/wide.h"
+#include "tools/wire/calls.h"
 #include "tools/zelto-navigator/requests.h"
 
 namespace zelto::navigator {
@@ -71,7 +72,7 @@ int Service::Run() {
 }
 
 void Service::HandleMessage(const MSG& message) {
-    if (message.message == kAnnouncement && message.wParam == kAnnouncementKind) {
+    if (message.message == kAnnouncement && message.wParam == kAnnouncementWParam) {
         HandleAnnouncement(message.lParam);
         return;
     }
@@ -82,10 +83,10 @@ void Service::HandleMessage(const MSG& message) {
 }
 
 void Service::HandleAnnouncement(LPARAM detail) {
-    if (detail > kPacketFiles) {
-        const int generation = detail - kPacketFiles;
+    if (detail > kAnnouncementBase) {
+        const int generation = detail - kAnnouncementBase;
         Serve(*OpenQueueExchange(generation), generation);
-    } else if (detail == kPacketFiles && options_.packet_files) {
+    } else if (detail == kAnnouncementBase && options_.packet_files) {
         Serve(*OpenFileExchange(ProgramFolder()), 0);
     } else {
         Say(fmt::format("announcement {} ignored", detail));
@@ -131,7 +132,8 @@ std::string Service::ReplyTo(const std::string& request) {
 void Service::Record(const JournalEntry& entry) {
     const Request* request = FindRequest(entry.request);
     Say(fmt::format("#{} {}: {} -> {} ({} us)", entry.generation,
-                    request == nullptr ? "unknown" : request->name, tools::Printable(entry.request),
+                    request == nullptr ? "unknown" : wire::FindCall(request->letter)->ShortName(),
+                    tools::Printable(entry.request),
                     entry.reply.empty() ? "-" : tools::Printable(entry.reply), entry.microseconds));
     if (!journal_.Append(entry))
         fmt::print(stderr, "zelto-navigator: the journal cannot be written\n");

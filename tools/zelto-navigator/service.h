@@ -14,9 +14,6 @@
 
 namespace zelto::navigator {
 
-// The class by which clients find the window.
-inline constexpr const WCHAR* kWindowClass = TEXT("ZELTOPOCKETMAINW");
-
 // Faults to show to a client under test. The request itself is carried out all the same.
 struct Faults {
     std::optional<std::string> reply;  // sent in the place of the right one

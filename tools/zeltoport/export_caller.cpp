@@ -5,7 +5,7 @@
 #include "platform/coredll/linux/device_admin.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 #include "tools/text/wide.h"
-#include "tools/zeltoport/results.h"
+#include "tools/wire/results.h"
 
 namespace zelto::tools {
 
@@ -30,7 +30,7 @@ bool ExportCaller::Prepare(Connect usual) {
 
 void ExportCaller::Finish(const std::string& name, int32_t result, const std::string& words,
                           const nlohmann::json& details) {
-    const std::string meaning = DescribeResult(name, result);
+    const std::string meaning = wire::DescribeResult(name, result);
     nlohmann::json object = {{"export", name}, {"result", result}, {"meaning", meaning}};
     object.update(details);
     const std::string outcome = fmt::format("{}: {} ({})", name, result, meaning);

@@ -9,9 +9,9 @@
 #include "platform/coredll/coredll.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 #include "tools/text/wide.h"
+#include "tools/wire/results.h"
 #include "tools/zeltoport/command.h"
 #include "tools/zeltoport/progress_bar.h"
-#include "tools/zeltoport/results.h"
 
 namespace zelto::tools {
 
@@ -49,7 +49,7 @@ void Count(Tally& tally, int32_t result) {
         return;
     }
     ++tally.refused;
-    if (tally.result == ZELTO_NAV_PORT_OK || ContactLost(result))
+    if (tally.result == ZELTO_NAV_PORT_OK || wire::ContactLost(result))
         tally.result = result;
 }
 
@@ -57,7 +57,7 @@ void Count(Tally& tally, int32_t result) {
 Tally FeedAll(const Feed& feed, std::istream& input, ProgressBar& progress) {
     Tally tally;
     int64_t bytes = 0;
-    for (std::string line; !ContactLost(tally.result) && std::getline(input, line);) {
+    for (std::string line; !wire::ContactLost(tally.result) && std::getline(input, line);) {
         bytes += static_cast<int64_t>(line.size()) + 1;
         if (!line.empty() && line.back() == '\r')
             line.pop_back();

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fmt/core.h>
 
-#include "platform/coredll/coredll.h"
+#include "plugins/zelto_port_dll/protocol.h"
 #include "tools/text/wide.h"
 #include "tools/zeltoport/session.h"
 
@@ -13,8 +13,6 @@ namespace zelto::tools {
 namespace {
 
 const HKEY kRoot = HKEY_LOCAL_MACHINE;
-constexpr const WCHAR* kKey = TEXT("SOFTWARE\\ZeltoNav\\General");
-constexpr const WCHAR* kValue = TEXT("Path_EXE");
 
 // A key of the registry, closed with the object.
 struct Key {
@@ -53,11 +51,11 @@ std::u16string DevicePath(const std::string& host_path) {
 
 void Store(const std::u16string& path) {
     Key key;
-    LONG error =
-        RegCreateKeyExW(kRoot, kKey, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key.handle, nullptr);
+    LONG error = RegCreateKeyExW(kRoot, kNavigatorKey, 0, nullptr, 0, KEY_SET_VALUE, nullptr,
+                                 &key.handle, nullptr);
     if (error == NO_ERROR) {
         const auto size = static_cast<DWORD>((path.size() + 1) * sizeof(WCHAR));
-        error = RegSetValueExW(key.handle, kValue, 0, REG_SZ,
+        error = RegSetValueExW(key.handle, kNavigatorValue, 0, REG_SZ,
                                reinterpret_cast<const BYTE*>(path.c_str()), size);
     }
     if (error != NO_ERROR)
@@ -91,12 +89,12 @@ std::string RegisterNavigator(const std::string& path) {
 
 std::string RegisteredNavigator() {
     Key key;
-    if (RegOpenKeyExW(kRoot, kKey, 0, KEY_QUERY_VALUE, &key.handle) != NO_ERROR)
+    if (RegOpenKeyExW(kRoot, kNavigatorKey, 0, KEY_QUERY_VALUE, &key.handle) != NO_ERROR)
         return "";
     WCHAR path[MAX_PATH] = {};
     DWORD size = sizeof path - sizeof(WCHAR);
-    if (RegQueryValueExW(key.handle, kValue, nullptr, nullptr, reinterpret_cast<BYTE*>(path),
-                         &size) != NO_ERROR)
+    if (RegQueryValueExW(key.handle, kNavigatorValue, nullptr, nullptr,
+                         reinterpret_cast<BYTE*>(path), &size) != NO_ERROR)
         return "";
     return Utf8FromWide(path);
 }

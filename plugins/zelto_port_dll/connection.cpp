@@ -1,7 +1,0 @@
-#include "plugins/zelto_port_dll/connection.h"
-
-namespace zelto {
-
-constinit ConnectionState g_connection;
-
-}  // namespace zelto
