@@ -1,14 +1,17 @@
-// Record files against the standard streams and zlib, on the same warm files. The counter "ratio"
-// is the peer's time over ours, both taken in turns within one run.
+// Record files against the standard streams, zlib and libdeflate, on the same warm files. The
+// counter "ratio" is the peer's time over ours, both taken in turns within one run.
 
 #include <algorithm>
 #include <array>
 #include <benchmark/benchmark.h>
+#include <charconv>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <libdeflate.h>
 #include <random>
 #include <string>
 #include <unistd.h>
@@ -22,7 +25,6 @@ namespace {
 using zelto::TFicheroITV;
 
 constexpr int kIntegers = 40'000;
-constexpr int64_t kChunk = 4096;
 
 // A folder that goes with the program, and the names in it.
 class Folder {
@@ -141,34 +143,172 @@ void WriteIntegersAgainstOfstream(benchmark::State& state) {
 }
 BENCHMARK(WriteIntegersAgainstOfstream)->UseManualTime();
 
-uint32_t CrcByZlib(const zelto::DString& path) {
-    TFicheroITV file(path, zelto::FICH_READ | zelto::FICH_BINARY | zelto::FICH_PACKAGE);
-    std::array<unsigned char, kChunk> buffer;
-    uLong crc = crc32(0, nullptr, 0);
-    for (int64_t left = file.GetLength(); left > 0; left -= kChunk) {
-        const auto size = static_cast<int32_t>(std::min(left, kChunk));
-        file.Read(buffer.data(), size);
-        crc = crc32(crc, buffer.data(), static_cast<uInt>(size));
-    }
-    return static_cast<uint32_t>(crc);
+// Texts that are read whole by the container and by what a program would take instead.
+void WriteDoubles(const char* name) {
+    std::ofstream out(Files().Host(name), std::ios::binary);
+    std::mt19937 random(2);
+    for (int i = 1; i <= kIntegers; ++i)
+        out << random() % 100'000 << '.' << 10 + random() % 90 << (i % 8 == 0 ? '\n' : ' ');
 }
 
-void FileCrc32AgainstZlib(benchmark::State& state) {
-    constexpr int kBytes = 1 << 20;
+double SumOfDoubles(uint32_t mode) {
+    TFicheroITV file(Files().Device("doubles"), zelto::FICH_READ | zelto::FICH_TEXT | mode);
+    double sum = 0;
+    double value = 0;
+    for (int i = 0; i < kIntegers; ++i) {
+        file >> value;
+        sum += value;
+    }
+    return sum;
+}
+
+double SumByFromChars() {
+    std::ifstream file(Files().Host("doubles"), std::ios::binary);
+    std::string line;
+    double sum = 0;
+    while (std::getline(file, line)) {
+        const char* at = line.data();
+        const char* end = at + line.size();
+        for (double value = 0; at < end; ++at) {
+            at = std::from_chars(at, end, value).ptr;
+            sum += value;
+        }
+    }
+    return sum;
+}
+
+void ReadDoublesAgainstFromChars(benchmark::State& state, uint32_t mode) {
+    WriteDoubles("doubles");
+    if (SumOfDoubles(mode) != SumByFromChars())
+        state.SkipWithError("the sums differ");
+    Compare(
+        state, kIntegers, [mode] { benchmark::DoNotOptimize(SumOfDoubles(mode)); },
+        [] { benchmark::DoNotOptimize(SumByFromChars()); });
+}
+BENCHMARK_CAPTURE(ReadDoublesAgainstFromChars, stdio, 0)->UseManualTime();
+BENCHMARK_CAPTURE(ReadDoublesAgainstFromChars, memory, zelto::FICH_HANDLE)->UseManualTime();
+
+void ReadWordsAgainstIfstream(benchmark::State& state, uint32_t mode) {
+    WriteLines("words", 8, kIntegers);
+    Compare(
+        state, kIntegers,
+        [mode] {
+            TFicheroITV file(Files().Device("words"), zelto::FICH_READ | zelto::FICH_TEXT | mode);
+            zelto::DString word;
+            for (int i = 0; i < kIntegers; ++i)
+                file.get_dato_texto(word);
+        },
+        [] {
+            std::ifstream file(Files().Host("words"), std::ios::binary);
+            std::string word;
+            while (file >> word)
+                benchmark::DoNotOptimize(word);
+        });
+}
+BENCHMARK_CAPTURE(ReadWordsAgainstIfstream, stdio, 0)->UseManualTime();
+BENCHMARK_CAPTURE(ReadWordsAgainstIfstream, memory, zelto::FICH_HANDLE)->UseManualTime();
+
+void ReadLinesAgainstGetline(benchmark::State& state, uint32_t mode) {
+    const int length = static_cast<int>(state.range(0));
+    const int lines = 2'000'000 / length;
+    {
+        std::ofstream out(Files().Host("lines"), std::ios::binary);
+        for (int i = 0; i < lines; ++i)
+            out << std::string(static_cast<size_t>(length), static_cast<char>('a' + i % 26))
+                << '\n';
+    }
+    Compare(
+        state, lines,
+        [mode, lines] {
+            TFicheroITV file(Files().Device("lines"), zelto::FICH_READ | zelto::FICH_TEXT | mode);
+            zelto::DString line;
+            for (int i = 0; i < lines; ++i)
+                file.ReadLine(line);
+        },
+        [] {
+            std::ifstream file(Files().Host("lines"), std::ios::binary);
+            std::string line;
+            while (std::getline(file, line))
+                benchmark::DoNotOptimize(line);
+        });
+}
+BENCHMARK_CAPTURE(ReadLinesAgainstGetline, stdio, 0)->Arg(40)->Arg(19'000)->UseManualTime();
+BENCHMARK_CAPTURE(ReadLinesAgainstGetline, memory, zelto::FICH_HANDLE)
+    ->Arg(40)
+    ->Arg(19'000)
+    ->UseManualTime();
+
+int64_t SumOfBinary(uint32_t mode) {
+    TFicheroITV file(Files().Device("binary"), zelto::FICH_READ | zelto::FICH_BINARY | mode);
+    int64_t sum = 0;
+    int value = 0;
+    for (int i = 0; i < kIntegers; ++i) {
+        file >> value;
+        sum += value;
+    }
+    return sum;
+}
+
+// The handle stream against the other one.
+void ReadBinaryThroughAHandleAgainstStdio(benchmark::State& state) {
+    {
+        TFicheroITV file(Files().Device("binary"), zelto::FICH_WRITE | zelto::FICH_BINARY);
+        for (int i = 0; i < kIntegers; ++i)
+            file << i * 7919;
+    }
+    if (SumOfBinary(zelto::FICH_PACKAGE) != SumOfBinary(0))
+        state.SkipWithError("the sums differ");
+    Compare(
+        state, kIntegers, [] { benchmark::DoNotOptimize(SumOfBinary(zelto::FICH_PACKAGE)); },
+        [] { benchmark::DoNotOptimize(SumOfBinary(0)); });
+}
+BENCHMARK(ReadBinaryThroughAHandleAgainstStdio)->UseManualTime();
+
+// The peers read 64 KiB at a time from a descriptor.
+template <class Add>
+uint32_t CrcOfDescriptor(const std::string& path, Add add) {
+    static std::array<unsigned char, 64 * 1024> buffer;
+    const int descriptor = open(path.c_str(), O_RDONLY);
+    uint32_t crc = 0;
+    for (ssize_t size = 0; (size = read(descriptor, buffer.data(), buffer.size())) > 0;)
+        crc = add(crc, buffer.data(), static_cast<size_t>(size));
+    close(descriptor);
+    return crc;
+}
+
+uint32_t AddByZlib(uint32_t crc, const unsigned char* bytes, size_t size) {
+    return static_cast<uint32_t>(crc32(crc, bytes, static_cast<uInt>(size)));
+}
+
+uint32_t AddByLibdeflate(uint32_t crc, const unsigned char* bytes, size_t size) {
+    return libdeflate_crc32(crc, bytes, size);
+}
+
+void FileCrc32Against(benchmark::State& state,
+                      uint32_t (*peer)(uint32_t, const unsigned char*, size_t)) {
     {
         std::ofstream out(Files().Host("bytes"), std::ios::binary);
         std::mt19937 random(1);
-        for (int i = 0; i < kBytes; ++i)
+        for (int64_t i = 0; i < state.range(0); ++i)
             out.put(static_cast<char>(random()));
     }
     const zelto::DString path = Files().Device("bytes");
+    const std::string host = Files().Host("bytes");
     uint32_t crc = 0;
-    if (!zelto::FileCrc32(path, crc, zelto::kCrcGenerate) || crc != CrcByZlib(path))
+    if (!zelto::FileCrc32(path, crc, zelto::kCrcGenerate) || crc != CrcOfDescriptor(host, peer))
         state.SkipWithError("the CRCs differ");
     Compare(
-        state, kBytes, [&] { zelto::FileCrc32(path, crc, zelto::kCrcGenerate); },
-        [&] { benchmark::DoNotOptimize(CrcByZlib(path)); });
+        state, static_cast<double>(state.range(0)),
+        [&] { zelto::FileCrc32(path, crc, zelto::kCrcGenerate); },
+        [&] { benchmark::DoNotOptimize(CrcOfDescriptor(host, peer)); });
 }
-BENCHMARK(FileCrc32AgainstZlib)->UseManualTime();
+BENCHMARK_CAPTURE(FileCrc32Against, zlib, AddByZlib)
+    ->RangeMultiplier(64)
+    ->Range(1 << 10, 1 << 26)
+    ->UseManualTime();
+BENCHMARK_CAPTURE(FileCrc32Against, libdeflate, AddByLibdeflate)
+    ->RangeMultiplier(64)
+    ->Range(1 << 10, 1 << 26)
+    ->UseManualTime();
 
 }  // namespace

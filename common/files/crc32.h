@@ -8,29 +8,22 @@
 
 namespace zelto {
 
-inline constexpr uint32_t kCrcStart = 0xFFFFFFFF;  // the register at first
+inline constexpr uint32_t kCrcStart = 0xFFFFFFFF;       // the register at first
+inline constexpr uint32_t kCrcPolynomial = 0xEDB88320;  // bits reflected
 
-// The tables, 16 KB, made by the constructor: the classic one, and with it those that say what a
-// byte adds when 1 to 15 more bytes follow it, so that 16 bytes are taken in one step.
-// Thread safety: constant after construction.
-class Crc32Table {
-  public:
-    Crc32Table();
+// The register after the bytes. The CRC itself is the register's complement. Uses the processor's
+// carry-less product where there is one.
+// Thread safety: no state.
+uint32_t AddCrc32(uint32_t crc, const uint8_t* bytes, size_t size);
 
-    // The register after the bytes. The CRC itself is the register's complement.
-    uint32_t Add(uint32_t crc, const uint8_t* bytes, size_t size) const;
+// The same by tables alone: 16 bytes a step.
+uint32_t AddCrc32ByTables(uint32_t crc, const uint8_t* bytes, size_t size);
 
-  private:
-    static constexpr size_t kStep = 16;
-
-    // What four bytes add when `more` bytes follow them.
-    uint32_t LookUp(uint32_t word, size_t more) const {
-        return table_[more + 3][word & 0xFF] ^ table_[more + 2][(word >> 8) & 0xFF] ^
-               table_[more + 1][(word >> 16) & 0xFF] ^ table_[more][word >> 24];
-    }
-
-    uint32_t table_[kStep][256];
-};
+// The same by carry-less products: 64 bytes a step. At least kLeastToFold bytes, a multiple of 16,
+// and only where HasCarrylessProduct.
+inline constexpr size_t kLeastToFold = 64;
+bool HasCarrylessProduct();
+uint32_t AddCrc32ByProducts(uint32_t crc, const uint8_t* bytes, size_t size);
 
 }  // namespace zelto
 

@@ -207,7 +207,7 @@ bool TFicheroITV::ReadsAsDeclared() const {
     return ReadingOperations(*this) == ReadingOperations(declared);
 }
 
-// Fetches many bytes at once, none beyond the region and what the file had when it was opened:
+// Fetches many bytes at once, none beyond the region and what the file had at the first fetch:
 // there the stream decides byte by byte where the end is.
 std::string_view TFicheroITV::FetchAhead(char* room, std::shared_ptr<const void>& owner) {
     const int64_t position = GetPos();
@@ -225,7 +225,9 @@ std::string_view TFicheroITV::FetchAhead(char* room, std::shared_ptr<const void>
     return bytes;
 }
 
-int64_t TFicheroITV::FetchEnd() const {
+int64_t TFicheroITV::FetchEnd() {
+    if (stream_length_ < 0 && stream_ != nullptr)
+        stream_length_ = stream_->GetLength();
     const int64_t end = memory_.IsLoaded() ? memory_.Length() : Minus(stream_length_, data_offset_);
     return data_offset_ > 0 ? std::min(end, data_length_) : end;
 }

@@ -174,7 +174,7 @@ class TFicheroITV {
     std::string_view FetchBlock(size_t count, char* room, std::shared_ptr<const void>& owner);
     std::string_view FetchOne(char* room);
     bool ReadsAsDeclared() const;
-    int64_t FetchEnd() const;
+    int64_t FetchEnd();
 
     // fichero_fields.cpp
     TextReader& Tokens();
@@ -206,8 +206,8 @@ class TFicheroITV {
     MemoryBuffer memory_;
     Input input_{*this};
     TextReader reader_{input_};
-    int64_t fetched_to_ = 0;     // the position behind what the reader has fetched
-    int64_t stream_length_ = 0;  // when it was opened; 0 once it was found to be shorter
+    int64_t fetched_to_ = 0;      // the position behind what the reader has fetched
+    int64_t stream_length_ = -1;  // at the first fetch; 0 once it was found to be shorter
     bool char_was_read_ = true;
 };
 

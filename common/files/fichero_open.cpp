@@ -50,6 +50,7 @@ bool TFicheroITV::Abre(const DString& name, uint32_t mode, DString* error) {
         return Fail(error, " file already oppened.");
     hook_owned_ = false;
     mode_ = mode;
+    stream_length_ = -1;
     reader_.ForgetPrevious();
     DString member;
     const HookAnswer answer = AskHook(working_name, member, error);
@@ -84,7 +85,6 @@ TFicheroITV::HookAnswer TFicheroITV::AskHook(DString& working_name, DString& mem
     bool stop = false;
     if (hook->Open(directory, member, *this, stop, package_flag_, error)) {
         SetPos(0);
-        stream_length_ = stream_ == nullptr ? 0 : stream_->GetLength();
         reader_.ResetLineCount();
         return HookAnswer::kOpened;
     }
@@ -154,7 +154,6 @@ void TFicheroITV::BeginContents() {
     if (IsReading() && (mode_ & (FICH_HANDLE | FICH_UPDATE)) == FICH_HANDLE &&
         !memory_.Load(*stream_, GetLength()))
         SetPos(0);
-    stream_length_ = stream_->GetLength();
     const bool text = (mode_ & FICH_TEXT) != 0;
     if (text && IsReading())
         reader_.SetCodepage(InspectMark());

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 
 #include "common/text/dstring.h"
 #include "platform/coredll/coredll.h"
@@ -80,7 +81,8 @@ class TFicheroFILE final : public TFicheroStream {
 
 // Over a file handle. Opened for reading only, it shares the file with other readers; otherwise
 // with nobody. Append starts at the beginning of the file. Append with update asks for creation
-// value 6, which the system may refuse.
+// value 6, which the system may refuse. Opened for reading only, it reads ahead, the more the
+// longer it is read in order, so that a field is not a call of the system.
 class TFicheroHandle final : public TFicheroStream {
   public:
     // False, and no error text, unless exactly one of read, write and append is set.
@@ -95,7 +97,23 @@ class TFicheroHandle final : public TFicheroStream {
     int64_t GetLength() override;  // -1 on a closed stream
 
   private:
+    int32_t ReadNow(void* buffer, int32_t size);
+    int32_t TakeAhead(char* buffer, int32_t size);
+    bool FetchAhead();
+    void DropAhead();
+
+    static constexpr int32_t kFirstAhead = 4096;
+    static constexpr int32_t kMostAhead = 64 * 1024;
+
     HANDLE handle_ = nullptr;
+    bool reads_only_ = false;
+    // Only of a stream that reads alone, whose position is its own affair: ahead_[at_ .. size_) is
+    // what comes at position_.
+    int64_t position_ = 0;
+    std::unique_ptr<char[]> ahead_;
+    int32_t ahead_room_ = 0;
+    int32_t ahead_at_ = 0;
+    int32_t ahead_size_ = 0;
     // Taken once, at opening. 64 bits, since 32 would not do for a file beyond 2 GiB.
     int64_t length_ = 0;
 };

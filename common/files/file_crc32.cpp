@@ -5,6 +5,7 @@
 #include "common/files/crc32.h"
 #include "common/files/debug_trace.h"
 #include "common/files/fichero_itv.h"
+#include "common/files/little_endian.h"
 
 namespace zelto {
 namespace {
@@ -38,7 +39,6 @@ bool OpenFor(int32_t mode, const DString& path, TFicheroITV& file) {
 // Reads the range from the container's position on, ending with a read of no bytes. The result is
 // that of the last read; the register is over what was read whole.
 bool AddRange(TFicheroITV& file, int64_t size, TCrcObserver* observer, uint32_t& crc) {
-    const Crc32Table table;
     uint8_t buffer[kChunk];
     int64_t remaining = size;
     for (bool first = true;; first = false) {
@@ -51,22 +51,18 @@ bool AddRange(TFicheroITV& file, int64_t size, TCrcObserver* observer, uint32_t&
         remaining -= chunk;
         if (observer != nullptr)
             observer->done += static_cast<uint32_t>(chunk);
-        crc = table.Add(crc, buffer, static_cast<size_t>(chunk));
+        crc = AddCrc32(crc, buffer, static_cast<size_t>(chunk));
     }
 }
 
 bool MatchesTrailer(TFicheroITV& file, uint32_t crc) {
     uint8_t bytes[kTrailerBytes] = {};
-    const bool read = file.Read(bytes, kTrailerBytes);
-    const uint32_t trailer =
-        bytes[0] | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24;
-    return read && trailer == crc;
+    return file.Read(bytes, kTrailerBytes) && LoadLittle<uint32_t>(bytes) == crc;
 }
 
 void WriteTrailer(TFicheroITV& file, uint32_t crc) {
-    const uint8_t bytes[kTrailerBytes] = {static_cast<uint8_t>(crc), static_cast<uint8_t>(crc >> 8),
-                                          static_cast<uint8_t>(crc >> 16),
-                                          static_cast<uint8_t>(crc >> 24)};
+    uint8_t bytes[kTrailerBytes];
+    StoreLittle(crc, bytes);
     file.Write(bytes, kTrailerBytes);
 }
 

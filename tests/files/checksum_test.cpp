@@ -3,6 +3,7 @@
 #include <random>
 #include <zlib.h>
 
+#include "common/files/crc32.h"
 #include "common/files/debug_trace.h"
 #include "common/files/file_crc32.h"
 #include "common/files/md5.h"
@@ -39,6 +40,19 @@ TEST_F(Crc32Test, AgreesWithZlibOnAnyRange) {
         const auto size = static_cast<uInt>((end < 0 ? 20'000 : end) - start);
         EXPECT_EQ(crc, crc32(0, reinterpret_cast<const Bytef*>(bytes.data() + start), size))
             << start << " " << end;
+    }
+}
+
+TEST_F(Crc32Test, IsTheSameByTablesAndByProducts) {
+    uint8_t bytes[300];
+    std::mt19937 random(1);
+    for (uint8_t& byte : bytes)
+        byte = static_cast<uint8_t>(random());
+    for (size_t size = 0; size < 290; ++size) {
+        const uint8_t* start = bytes + size % 9;
+        const auto expected = static_cast<uint32_t>(crc32(0, start, static_cast<uInt>(size)));
+        EXPECT_EQ(~AddCrc32(kCrcStart, start, size), expected) << size;
+        EXPECT_EQ(~AddCrc32ByTables(kCrcStart, start, size), expected) << size;
     }
 }
 

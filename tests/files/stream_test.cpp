@@ -1,5 +1,8 @@
 // Both streams by the same tests, then what each does its own way.
 
+#include <random>
+#include <sys/stat.h>
+
 #include "common/files/fichero_mode.h"
 #include "common/files/fichero_stream.h"
 #include "tests/files/files_fixture.h"
@@ -78,6 +81,40 @@ TYPED_TEST(StreamTest, WorksBeyondFourGibibytes) {
     this->stream.SetPos(kFar - 1);
     EXPECT_FALSE(this->stream.IsEof());
     EXPECT_EQ(this->Read(4), std::string("\0far", 4));
+}
+
+TYPED_TEST(StreamTest, ReadsAnywhereInAnyPieces) {
+    std::string bytes;
+    std::mt19937 random(5);
+    while (bytes.size() < 200'000)
+        bytes += static_cast<char>(random());
+    this->Put("a", bytes);
+    ASSERT_TRUE(this->Open("a", FICH_READ));
+    size_t at = 0;
+    for (int i = 0; i < 3000; ++i) {
+        if (i % 7 == 0) {  // near by, or far away
+            at = i % 2 == 0 ? at - std::min<size_t>(at, random() % 5000) : random() % bytes.size();
+            this->stream.SetPos(static_cast<int64_t>(at));
+        }
+        const size_t size = i % 50 == 0 ? random() % 100'000 : random() % 600;
+        const std::string expected = bytes.substr(at, size);
+        ASSERT_EQ(this->Read(size), expected.size() < size ? "failed" : expected) << i;
+        at += expected.size();
+        ASSERT_EQ(this->stream.GetPos(), static_cast<int64_t>(at)) << i;
+        ASSERT_EQ(this->stream.GetLength(), 200'000) << i;
+    }
+}
+
+// On a pipe nothing can be sought.
+TYPED_TEST(StreamTest, StaysWhereItCannotMove) {
+    ASSERT_EQ(mkfifo(this->Host("pipe").c_str(), 0600), 0);
+    std::fstream other(this->Host("pipe"));  // for both ends
+    ASSERT_TRUE(this->Open("pipe", FICH_READ));
+    other << "0123456789" << std::flush;
+    EXPECT_EQ(this->Read(3), "012");
+    this->stream.SetPos(1);
+    EXPECT_LE(this->stream.GetLength(), 0);
+    EXPECT_EQ(this->Read(3), "345");
 }
 
 TYPED_TEST(StreamTest, TellsThatItCannotOpen) {
