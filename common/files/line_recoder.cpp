@@ -1,10 +1,5 @@
 #include "common/files/line_recoder.h"
 
-#include <algorithm>
-
-#include "common/files/text_scan.h"
-#include "common/text/codepage.h"
-
 namespace zelto {
 namespace {
 
@@ -29,34 +24,30 @@ std::string EveryByte(int end) {
     return text;
 }
 
+// In blocks that compilers take in wide registers.
 bool IsAscii(std::string_view text) {
+    constexpr size_t kBlock = 32;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
     size_t at = 0;
-    for (; text.size() - at >= 8; at += 8) {
-        if ((LoadEight(text.data() + at) & kHighBits) != 0)
-            return false;
+    unsigned char all = 0;
+    for (; text.size() - at >= kBlock && all < kAsciiBytes; at += kBlock) {
+        for (size_t i = 0; i < kBlock; ++i)
+            all |= bytes[at + i];
     }
-    return std::all_of(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < kAsciiBytes; });
+    for (; at < text.size(); ++at)
+        all |= bytes[at];
+    return all < kAsciiBytes;
 }
 
 }  // namespace
 
-bool LineRecoder::Recode(std::string_view& line, int32_t mark) {
-    const int32_t target = CurrentCodepage();
-    if (mark < 0 || mark == target)
-        return false;
+bool LineRecoder::RecodeTo(int32_t target, std::string_view& line, int32_t mark) {
     const Kept kept = WhatIsKept(mark, target);
     if (kept == Kept::kEveryByte || (kept == Kept::kAscii && IsAscii(line)))
         return false;
     converted_ = Converted(line, mark, target).c_str();
     line = converted_;
     return true;
-}
-
-void LineRecoder::Tag(DString& text, int32_t mark) {
-    const int32_t target = CurrentCodepage();
-    if (mark >= 0 && mark != target)
-        text.set_codepage(mark == 0 ? 0 : target);
 }
 
 LineRecoder::Kept LineRecoder::WhatIsKept(int32_t mark, int32_t target) {
