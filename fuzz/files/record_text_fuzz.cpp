@@ -11,8 +11,7 @@
 
 namespace {
 
-// What is put back may never come to an end; and a rest that is converted anew for every token
-// takes its time.
+// What is put back may never come to an end.
 constexpr size_t kMostReads = 300;
 
 std::string ReadAll(const zelto::DString& name, uint32_t stream, uint8_t choice, size_t size) {

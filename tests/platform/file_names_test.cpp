@@ -1,6 +1,7 @@
 // What copying, moving and searching do to files of the host.
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include "tests/platform/host_files.h"
@@ -87,6 +88,19 @@ TEST_F(FileNames, SearchTellsSizeTimesAndAnyName) {
               126'444'736'000'000'005u);
     const std::u16string found = Wide("folder/") + data.cFileName;
     EXPECT_EQ(Outcome([&] { return DeleteFileW(found.c_str()); }), "ok");
+}
+
+TEST_F(FileNames, CopyingClearsAwayWhatKilledCopiesLeft) {
+    Put(".zelto-copy-killed", "half");
+    Put(".zelto-copy-busy12", "half");
+    const int busy = open(Host(".zelto-copy-busy12").c_str(), O_RDWR);
+    ASSERT_EQ(flock(busy, LOCK_EX | LOCK_NB), 0);
+    EXPECT_EQ(Copy("file", {"copy"}), "ok ");
+    EXPECT_EQ(access(Host(".zelto-copy-killed").c_str(), F_OK), -1);
+    EXPECT_EQ(access(Host(".zelto-copy-busy12").c_str(), F_OK), 0);
+    close(busy);
+    EXPECT_EQ(Copy("file", {"copy"}) + Get("copy"), "ok data");
+    EXPECT_EQ(access(Host(".zelto-copy-busy12").c_str(), F_OK), -1);
 }
 
 }  // namespace

@@ -16,7 +16,9 @@ int RenameFile(const std::string& source, const std::string& target, Existing ex
 
 // Copies bytes, permission bits and times of an open regular file. The copy is written beside the
 // target and takes its name at the end; until then a target that exists stays as it is, and
-// nothing is left of a copy that failed. 0 or an errno value.
+// nothing is left of a copy that failed; what one that was killed left goes with the next in the
+// folder. The copy is on the disk then: whoever deletes the source loses nothing by a power cut. 0
+// or an errno value.
 int CopyToTarget(int source, const std::string& target, Existing existing);
 
 }  // namespace zelto::coredll
