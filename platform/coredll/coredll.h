@@ -14,7 +14,7 @@
 //  6. Calls may be made from any thread; one handle may be used by several threads, but closing it
 //     while another thread uses it is undefined.
 //  7. Names with a scope (queues, events, window classes) are shared by all processes of one
-//     device; see linux/device.h for what a device is.
+//     device; see docs/device-layer.md for what a device is.
 
 #ifndef ZELTO_PLATFORM_COREDLL_COREDLL_H
 #define ZELTO_PLATFORM_COREDLL_COREDLL_H

@@ -45,7 +45,7 @@ bool FindFolded(std::string& path) {
         if (part != "/" && !IsThere(next)) {
             const std::string name = FoldedIn(found.empty() ? "/" : found, part.substr(1));
             if (!name.empty())
-                next = found + '/' + name;
+                next.replace(found.size() + 1, std::string::npos, name);
         }
         found = next;
         start = end;
