@@ -1,5 +1,6 @@
 // zeltoport and a running navigator: two processes and the shared library between them.
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -28,103 +29,6 @@ std::string AwaitEntry(const NavigatorTest& test, const std::string& expected) {
         bytes = LastEntry(test).at("bytes");
     }
     return bytes;
-}
-
-struct Row {
-    Words arguments;
-    std::string call;   // the export named in the outcome
-    int result;         // its result
-    std::string bytes;  // the request line; empty: none was sent
-    std::string words;  // what the outcome must hold besides
-};
-
-void ExpectRow(const NavigatorTest& test, const Row& row) {
-    const Outcome outcome = Port(row.arguments);
-    const std::string head = row.call + ": " + std::to_string(row.result) + " (";
-    EXPECT_EQ(outcome.output.substr(0, head.size()), head) << outcome.output;
-    EXPECT_EQ(outcome.status, row.result == 0 ? 0 : 1) << row.call;
-    EXPECT_NE(outcome.output.find(row.words), std::string::npos) << outcome.output;
-    if (!row.bytes.empty()) {
-        EXPECT_EQ(AwaitEntry(test, row.bytes), row.bytes) << row.call;
-    }
-}
-
-TEST(Client, ReachesEveryExport) {
-    const NavigatorTest test;
-    const std::string map = test.device.Path() + "/mapa ñ.itv";
-    const std::string sentence = "$GPGGA,1,4200.0,N,1.0,E,1,07,1,1,M,1,M,,*5C\n";
-    WriteWholeFile(map, "map");
-    WriteWholeFile(test.device.Path() + "/nmea", sentence);
-    const Row rows[] = {
-        {{"init"}, "ZeltoNavPort_Init", 0, "F|0\n", "success"},
-        {{"is-open"}, "ZeltoNavPort_IsOpen", 0, "", "success"},
-        {{"minimize"}, "ZeltoNavPort_Minimize", 0, "", ""},
-        {{"show"}, "ZeltoNavPort_Show", 0, "", ""},
-        {{"open", map}, "ZeltoNavPort_OpenFile", 0, "D|" + map + "\n", ""},
-        {{"open", "--narrow", "/bin/sh"}, "ZeltoNavPort_OpenFile (8-bit)", 0, "D|/bin/sh\n", ""},
-        {{"open", "/ñ"}, "ZeltoNavPort_OpenFile", 305, "D|/ñ\n", "does not exist"},
-        {{"waypoint", "add", "casa", "42.5", "-2.5", "7", "--description", "d", "--icon", "ñ"},
-         "ZeltoNavPort_New_Waypoint",
-         0,
-         "M|casa,d,42.500000,-2.500000,7.000000,ñ\n",
-         ""},
-        {{"waypoint", "add", "--narrow", "ñu", "1", "2"},
-         "ZeltoNavPort_New_WaypointA",
-         0,
-         "M|ñu,,1.000000,2.000000,0.000000,\n",
-         ""},
-        {{"waypoint", "delete", "casa"}, "ZeltoNavPort_Delete_Waypoint", 0, "N|casa\n", ""},
-        {{"waypoint", "delete", "--narrow", "x"},
-         "ZeltoNavPort_Delete_WaypointA",
-         304,
-         "N|x\n",
-         ""},
-        {{"center", "1.5", "2"},
-         "ZeltoNavPort_CenterCoordinate",
-         0,
-         "O|1.500000,2.000000,0.000000\n",
-         ""},
-        {{"exec", "-5"}, "ZeltoNavPort_ExecCommand", 310, "I|-5\n", "no command"},
-        {{"goto", "42.5", "-2.25"}, "ZeltoNavPort_Goto", 0, "S|42.5000000,-2.2500000,,,0\n", ""},
-        {{"goto", "1", "2", "x"}, "ZeltoNavPort_Goto", 0, "S|1.0000000,2.0000000,,,1\n", ""},
-        {{"goto", "1", "2", "x", "--narrow"},
-         "ZeltoNavPort_GotoA",
-         0,
-         "S|1.0000000,2.0000000,,,x\n",
-         ""},
-        {{"street"}, "ZeltoNavPort_PositionStreet", 308, "e|0\n", "B|308"},
-        {{"nmea", test.device.Path() + "/nmea"},
-         "ZeltoNavPort_NewPoint_nmea",
-         0,
-         "E|" + sentence,
-         "1 sentences taken, 0 not"},
-        {{"nmea", "--narrow", test.device.Path() + "/nmea"},
-         "ZeltoNavPort_NewPoint_nmeaA",
-         0,
-         "E|" + sentence,
-         ""},
-        {{"route", "ñ"}, "ZeltoNavPort_GotoRuta", 0, "f|ñ\n", ""},
-        {{"route", "x", "--narrow"}, "ZeltoNavPort_GotoRutaA", 0, "f|x\n", ""},
-        {{"message-box", "ñ", "b", "1", "-2"}, "ZeltoNavPort_MessageBox", 0, "T|1|ñ|b|1|-2\n", ""},
-        {{"message-box", "--narrow", "a", "b"}, "ZeltoNavPort_MessageBoxA", 0, "T|1|a|b|0|0\n", ""},
-        {{"coverage"}, "ZeltoNavPort_Cobertura", 0, "a|0\n", ""},
-        {{"get", "position"},
-         "ZeltoNavPort_GetString",
-         0,
-         "F|position\n",
-         "42.000000,0.016667,1.0"},
-        {{"street"}, "ZeltoNavPort_PositionStreet", 0, "e|0\n", "A|42.000000,0.016667"},
-        {{"street", "--narrow"}, "ZeltoNavPort_PositionStreetA", 1, "", "not supported"},
-        {{"close"}, "ZeltoNavPort_CloseZeltoNav", 0, "R|0\n", ""},
-    };
-    for (const Row& row : rows)
-        ExpectRow(test, row);
-    const std::string watched = test.navigator->ReadUntil("closed");
-    for (const char* line : {"\nwindow brought to the front\n", "\nwindow minimised\n",
-                             "\nwindow restored\n", "#3 Goto: S|1.0000000,2.0000000,,,x\\n -> A|0"})
-        EXPECT_NE(watched.find(line), std::string::npos) << line;
-    EXPECT_EQ(test.navigator->Wait(), 0);
-    EXPECT_EQ(Port({"version"}).output, "ZeltoNavPort_Version: interface version 4\n");
 }
 
 TEST(Client, PrintsJsonOnRequest) {
@@ -175,7 +79,7 @@ TEST(Client, FeedsTheDriveAndCountsWhatIsRefused) {
     WriteWholeFile(copy, "\r\n" + damaged);
     const Outcome bad = Port({"nmea", "-"}, copy);
     EXPECT_EQ(bad.status, 1);
-    EXPECT_NE(bad.output.find(": 306 ("), std::string::npos) << bad.output;
+    EXPECT_NE(bad.output.find("line 2: 306 ("), std::string::npos) << bad.output;
     EXPECT_NE(bad.output.find("199 sentences taken, 1 not"), std::string::npos) << bad.output;
 }
 
@@ -193,15 +97,81 @@ TEST(Client, ExamplesRunAndTheReadmeShowsTheFirst) {
               std::string::npos);
 }
 
+TEST(Client, EachExitStatusHasItsCase) {
+    NavigatorTest test({"--silent", "--fault-for", "S"});
+    EXPECT_EQ(RunProgram({"sh", "-c", ZELTO_PORT_PROGRAM " get version 2>/dev/null"}).output,
+              "zelto-navigator " ZELTO_VERSION "\n");
+    EXPECT_EQ(Port({"coverage"}).status, 1);
+    EXPECT_EQ(RunProgram({"sh", "-c", ZELTO_PORT_PROGRAM " device show >/dev/full"}).status, 1);
+    EXPECT_EQ(Port({"goto", "1", "2"}).status, 5);
+    EXPECT_EQ(Port({"goto", "1", "2", "--connect", "none"}).status, 6);
+    {
+        Program holder({"flock", test.device.Device() + "/turn.lock", "-c", "echo held; sleep 9"});
+        holder.ReadUntil("held");
+        EXPECT_EQ(Port({"--wait", "0", "is-open"}).status, 7);
+        RunProgram({"pkill", "-P", std::to_string(holder.Pid())});
+    }
+    EXPECT_EQ(Port({"--quiet", "is-open"}).output, "");
+    test.navigator->Kill();
+    test.navigator->Wait();
+    EXPECT_EQ(Port({"is-open"}).status, 4);
+    std::filesystem::remove_all(test.device.Device());
+    EXPECT_EQ(Port({"is-open"}).status, 3);
+}
+
+// The reply of the first run is due when it has gone; it must reach nobody.
+TEST(Client, ALateReplyReachesNoOtherRun) {
+    const NavigatorTest test({"--delay-ms", "900", "--fault-for", "f"});
+    EXPECT_EQ(Port({"--connect", "find", "route", "late"}).status, 5);
+    const Outcome next = Port({"--connect", "find", "get", "route"});
+    EXPECT_TRUE(next.status == 5 || next.output.starts_with("late\n")) << next.output;
+}
+
+TEST(Client, EachDescribedCommandShowsItsResult) {
+    const TempDevice device;
+    const std::string folder = std::filesystem::path(ZELTO_PORT_PROGRAM).parent_path();
+    const json described = json::parse(Port({"describe", "--json"}).output);
+    EXPECT_EQ(described.at("calls").size(), 26u);
+    for (const json& result : described.at("results")) {
+        EXPECT_NE(result.contains("command"), result.contains("why_not")) << result;
+        EXPECT_FALSE(result.at("causes").empty()) << result;
+        if (!result.contains("command"))
+            continue;
+        const TempDevice fresh;
+        ASSERT_EQ(Port({"device", "init"}).status, 0);
+        const std::string line = "cd " + fresh.Path() + "; PATH=" + folder + ":$PATH; " +
+                                 result.at("command").get<std::string>();
+        const std::string output = RunProgram({"sh", "-c", line}).output;
+        EXPECT_NE(output.find(" " + result.at("code").dump() + " ("), std::string::npos)
+            << line << "\n"
+            << output;
+    }
+}
+
 TEST(Client, SaysWhatIsWrongWithTheCommandLine) {
     const TempDevice device;
     for (const Words& arguments : {Words{},
                                    {"goto", "1"},
                                    {"goto", "1", "north"},
-                                   {"fly"},
+                                   {"goto", "nan", "2"},
+                                   {"goto", "1", "inf"},
                                    {"--connect", "maybe", "init"},
+                                   {"describe", "nothing"},
+                                   {"run", "--fault", "none", "--", "true"},
                                    {"waypoint"}})
-        EXPECT_GT(Port(arguments).status, 100);
+        EXPECT_EQ(Port(arguments).status, 2);
+    const struct {
+        Words arguments;
+        const char* words;
+    } unknown[] = {{{"gotoo", "1", "2"}, "\"gotoo\" is no subcommand; the nearest is \"goto\""},
+                   {{"waypoint", "ad"}, "\"ad\" is no subcommand; the nearest is \"add\""},
+                   {{"route", "--narow", "x"}, "nearest is \"--narrow\""}};
+    for (const auto& each : unknown)
+        EXPECT_NE(Port(each.arguments).output.find(each.words), std::string::npos) << each.words;
+    const json usage = json::parse(Port({"gotoo", "--json"}).output);
+    EXPECT_EQ(usage.at("status"), 2);
+    EXPECT_EQ(usage.at("schema"), 1);
+    EXPECT_EQ(usage.at("command"), "");
     const Outcome narrow = Port({"route", "\xFF"});
     EXPECT_EQ(narrow.status, 2);
     EXPECT_NE(narrow.output.find("is not UTF-8"), std::string::npos) << narrow.output;

@@ -28,6 +28,7 @@ TEST(ClockCommand, KeepsWhatWasSet) {
     setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
     for (const char* text : {"25-12-09  10:20:00", "2009-12-25T10:20:00", "25-dec-2009 10:20:00"})
         EXPECT_EQ(Minute(Clock({"set", text})["local"]), "2009-12-25 10:20") << text;
+    EXPECT_EQ(Minute(Clock({"set", "25.12.2009", "10:20:30"})["local"]), "2009-12-25 10:20");
     const json shown = Clock({});
     EXPECT_EQ(Minute(shown["universal"]), "2009-12-25 09:20");
     EXPECT_EQ(shown["offset"], -3600.0);

@@ -44,8 +44,8 @@ TEST(CrcCommand, StampsAndChecks) {
     EXPECT_EQ(Port({"crc", "check", path, missing}).status, 2);
     EXPECT_EQ(Port({"crc", "add", missing}).status, 2);
     EXPECT_EQ(Port({"--json", "crc", "show", missing}).output,
-              "{\"files\":[{\"error\":\"could not be read\",\"path\":\"" + missing +
-                  "\",\"success\":false}]}\n");
+              "{\"command\":\"crc show\",\"files\":[{\"error\":\"could not be read\",\"path\":\"" +
+                  missing + "\",\"success\":false}],\"schema\":1,\"status\":2}\n");
 }
 
 }  // namespace

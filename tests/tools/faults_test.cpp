@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <map>
 #include <memory>
 #include <sys/stat.h>
 
@@ -22,15 +23,15 @@ void ExpectSays(const Outcome& outcome, int status, const std::string& words) {
 TEST(Device, IsExplainedWhenItCannotBeUsed) {
     const TempDevice device;
     const std::string directory = device.Device();
-    ExpectSays(Port({"init"}), 1, ": 4 (no navigator, or");
+    ExpectSays(Port({"init"}), 4, ": 4 (no navigator, or");
     ExpectSays(Port({"--json", "device", "init", "--navigator", device.Path()}), 2,
                "not a program");
     chmod(directory.c_str(), 0755);
-    ExpectSays(Port({"init"}), 2, "open to other users");
+    ExpectSays(Port({"init"}), 3, "open to other users");
     ExpectSays(RunProgram({ZELTO_NAVIGATOR_PROGRAM}), 1, "open to other users");
     std::filesystem::remove_all(directory);
-    ExpectSays(Port({"get", "version"}), 2, "is not there");
-    ExpectSays(Port({"device", "show"}), 2, "is not there");
+    ExpectSays(Port({"get", "version"}), 3, "is not there");
+    ExpectSays(Port({"device", "show"}), 3, "is not there");
     ExpectSays(Port({"device", "init"}), 0, ZELTO_NAVIGATOR_PROGRAM);
     EXPECT_EQ(std::filesystem::status(directory).permissions(), std::filesystem::perms::owner_all);
 }
@@ -42,12 +43,12 @@ TEST(Device, DamagedRegistryAndForeignStoreAreRefused) {
     const std::string whole = ReadWholeFile(registry);
     WriteWholeFile(registry, whole.substr(0, whole.size() / 2));
     for (const Words& command : {Words{"init"}, {"device", "show"}, {"device", "init"}})
-        EXPECT_EQ(Port(command).status, 2);
+        EXPECT_EQ(Port(command).status, 3);
     WriteWholeFile(registry, whole);
     EXPECT_EQ(Port({"init"}).status, 0);
     test.navigator->Kill();
     WriteWholeFile(test.device.Device() + "/store", "not a store");
-    EXPECT_EQ(Port({"init"}).status, 2);
+    EXPECT_EQ(Port({"init"}).status, 3);
     ExpectSays(RunProgram({ZELTO_NAVIGATOR_PROGRAM}), 1, "remove the file");
 }
 
@@ -71,12 +72,12 @@ TEST(Navigator, MissingOneIsReportedAtOnce) {
     ExpectSays(RunProgram({ZELTO_NAVIGATOR_PROGRAM}), 1, "runs on this device already");
     test.navigator->Kill();
     test.navigator->Wait();
-    ExpectSays(Port({"is-open"}), 1, ": 6 (");
-    ExpectSays(Port({"close"}), 1, "ZeltoNavPort_IsOpen: 6 (");
-    ExpectSays(Port({"init"}), 1, "ZeltoNavPort_Init: 1 (");
-    ExpectSays(Port({"goto", "1", "2"}), 1, "ZeltoNavPort_Init: 1 (");
-    ExpectSays(Port({"goto", "1", "2", "--connect", "none"}), 1, "ZeltoNavPort_Goto: 12 (");
-    ExpectSays(Port({"show", "--connect", "none"}), 1, "ZeltoNavPort_Show: 6 (");
+    ExpectSays(Port({"is-open"}), 4, ": 6 (");
+    ExpectSays(Port({"close"}), 4, "ZeltoNavPort_IsOpen: 6 (");
+    ExpectSays(Port({"init"}), 4, "ZeltoNavPort_Init: 1 (");
+    ExpectSays(Port({"goto", "1", "2"}), 4, "ZeltoNavPort_Init: 1 (");
+    ExpectSays(Port({"goto", "1", "2", "--connect", "none"}), 6, "ZeltoNavPort_Goto: 12 (");
+    ExpectSays(Port({"show", "--connect", "none"}), 4, "ZeltoNavPort_Show: 6 (");
 }
 
 TEST(Navigator, DyingInARequestLeavesTheDeviceUsable) {
@@ -85,7 +86,7 @@ TEST(Navigator, DyingInARequestLeavesTheDeviceUsable) {
     test.navigator->ReadUntil("held back");
     test.navigator->Kill();
     const std::string outcome = client.ReadAll();
-    EXPECT_EQ(client.Wait(), 1);
+    EXPECT_EQ(client.Wait(), 5);
     EXPECT_NE(outcome.find(": 1007 ("), std::string::npos) << outcome;
     test.Restart({});
     EXPECT_EQ(Port({"goto", "1", "2"}).status, 0);
@@ -93,17 +94,17 @@ TEST(Navigator, DyingInARequestLeavesTheDeviceUsable) {
 
 TEST(Navigator, SilentOrLateIsATimeOutAndNoMore) {
     NavigatorTest test({"--silent", "--fault-for", "S"});
-    ExpectSays(Port({"goto", "1", "2"}), 1, "ZeltoNavPort_Goto: 1007 (");
+    ExpectSays(Port({"goto", "1", "2"}), 5, "ZeltoNavPort_Goto: 1007 (");
     ExpectSays(Port({"get", "destination"}), 0, "1.000000,2.000000");
     // The late reply goes to queues that its client has left; the next client must not see it.
     test.Restart({"--delay-ms", "700", "--fault-for", "S"});
-    ExpectSays(Port({"goto", "3", "4"}), 1, ": 1007 (");
+    ExpectSays(Port({"goto", "3", "4"}), 5, ": 1007 (");
     ExpectSays(Port({"get", "destination"}), 0, "3.000000,4.000000");
     // Connecting has more patience: a second read, then an announcement without a request.
     test.Restart({"--delay-ms", "700", "--fault-for", "F"});
     ExpectSays(Port({"init"}), 0, "success");
     test.Restart({"--silent"});
-    ExpectSays(Port({"init"}), 1, "ZeltoNavPort_Init: 1007 (");
+    ExpectSays(Port({"init"}), 5, "ZeltoNavPort_Init: 1007 (");
 }
 
 TEST(Navigator, RepliesOfAnyFormGiveTheDocumentedResults) {
@@ -129,7 +130,9 @@ TEST(Navigator, RepliesOfAnyFormGiveTheDocumentedResults) {
         test.Restart({"--reply", row.reply});
         const auto expect = [&](Words call, const char* result) {
             call.insert(call.end(), {"--connect", "find"});
-            ExpectSays(Port(call), std::string(result) == "0" ? 0 : 1,
+            const std::map<std::string, int> other = {{"0", 0}, {"10", 6}, {"1007", 5}};
+            const auto status = other.find(result);
+            ExpectSays(Port(call), status == other.end() ? 1 : status->second,
                        std::string(": ") + result + " (");
         };
         expect({"goto", "1", "2"}, row.status);
@@ -142,15 +145,15 @@ TEST(Navigator, TakesNoHarmFromAnnouncementsWithoutARequest) {
     const NavigatorTest test;
     HWND window = FindWindowW(TEXT("ZELTOPOCKETMAINW"), nullptr);
     MSGQUEUEOPTIONS options = {20, MSGQUEUE_ALLOW_BROKEN, 20, 1024, FALSE};
-    HANDLE tx = CreateMsgQueue(TEXT("ZeltoApiMsgQ9_tx"), &options);
+    HANDLE tx = CreateMsgQueue(TEXT("ZeltoApiMsgQ109_tx"), &options);
     options.bReadAccess = TRUE;
-    HANDLE rx = CreateMsgQueue(TEXT("ZeltoApiMsgQ9_rx"), &options);
-    for (const LPARAM detail : {12, 13, 3, 0, -7})  // 12: our queues; 13: nobody's
+    HANDLE rx = CreateMsgQueue(TEXT("ZeltoApiMsgQ109_rx"), &options);
+    for (const LPARAM detail : {112, 113, 3, 0, -7})  // 112: our queues; 113: nobody's
         EXPECT_TRUE(PostMessageW(window, kAnnouncement, 15, detail));
-    EXPECT_TRUE(PostMessageW(window, kAnnouncement, 16, 12));
+    EXPECT_TRUE(PostMessageW(window, kAnnouncement, 16, 112));
     EXPECT_EQ(Port({"goto", "1", "2"}).status, 0);
     const std::string watched = test.navigator->ReadUntil("announcement -7 ignored");
-    EXPECT_NE(watched.find("#9 no request came\n#10 the client has closed its queues\n"),
+    EXPECT_NE(watched.find("#109 no request came\n#110 the client has closed its queues\n"),
               std::string::npos)
         << watched;
     CloseMsgQueue(tx);

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "common/time/date_format.h"
 #include "common/time/date_parse.h"
@@ -126,7 +127,7 @@ void SetClock(Session& session, const std::string& text, bool universal) {
 }
 
 struct ClockArguments {
-    std::string moment;
+    std::vector<std::string> moment;  // the date, and the time of day
     bool universal = false;
     double offset = 0;
 };
@@ -154,11 +155,15 @@ void AddClockCommand(CLI::App& app, Session& session) {
     set->add_option("moment", arguments->moment,
                     "A date, and a time of day unless it is to stay: 2009-12-25 10:20:30, "
                     "25.12.2009 10:20:30, 25-DEC-2009 10:20:30")
-        ->required();
+        ->required()
+        ->expected(1, 2);
     set->add_flag("-u,--universal", arguments->universal, "The moment is in universal time");
     set->callback([arguments, &session] {
         RequireDevice();
-        SetClock(session, arguments->moment, arguments->universal);
+        std::string moment = arguments->moment[0];
+        if (arguments->moment.size() > 1)
+            moment += " " + arguments->moment[1];
+        SetClock(session, moment, arguments->universal);
     });
 
     CLI::App* zone = clock->add_subcommand("zone", "Set the zone; universal time stays");

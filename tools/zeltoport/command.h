@@ -18,6 +18,8 @@ void AddNmeaCommand(CLI::App& app, ExportCaller& caller);
 void AddDeviceCommand(CLI::App& app, Session& session);
 void AddClockCommand(CLI::App& app, Session& session);
 void AddCrcCommand(CLI::App& app, Session& session);
+void AddDescribeCommand(CLI::App& app, Session& session);
+void AddRunCommand(CLI::App& app, Session& session);
 
 }  // namespace zelto::tools
 

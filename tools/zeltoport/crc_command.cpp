@@ -91,7 +91,7 @@ FileOutcome Failed(const std::string& path, int32_t mode, bool was_there) {
     const char* why = damaged           ? "not what its stamp says"
                       : mode == kCrcAdd ? "could not be stamped"
                                         : "could not be read";
-    return {damaged ? kExitFailure : kExitEnvironment,
+    return {damaged ? kExitFailure : kExitUsage,
             fmt::format("--------  {}: {}", Printable(path), why),
             {{"path", path}, {"success", false}, {"error", why}}};
 }

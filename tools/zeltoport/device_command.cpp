@@ -18,7 +18,7 @@ using nlohmann::json;
 void InitDevice(Session& session, const std::string& navigator) {
     std::string why;
     if (!coredll::CreateDevice(&why))
-        throw CommandError(why);
+        throw CommandError(why, kExitDevice);
     RequireWorkingDevice();
     const std::string program = navigator.empty() ? NavigatorBeside() : navigator;
     if (program.empty())
@@ -91,7 +91,7 @@ void ShowDevice(Session& session) {
     StoreReport store;
     std::string why;
     if (!coredll::DescribeStore(store, &why))
-        throw CommandError(why);
+        throw CommandError(why, kExitDevice);
     const std::string navigator = RegisteredNavigator();
     session.Report(
         kExitSuccess,

@@ -17,7 +17,9 @@ Connect ExportCaller::Chosen(Connect usual) const {
 
 bool ExportCaller::Prepare(Connect usual) {
     const Connect connect = Chosen(usual);
+    turn_.emplace(patience_);
     RequireWorkingDevice();
+    PassLeftQueues();
     coredll::Disconnect();  // the library has a connection of its own
     if (connect == Connect::kNone)
         return true;
@@ -28,14 +30,23 @@ bool ExportCaller::Prepare(Connect usual) {
     return result == ZELTO_NAV_PORT_OK;
 }
 
-void ExportCaller::Finish(const std::string& name, int32_t result, const std::string& words,
+void ExportCaller::Finish(const std::string& name, int32_t result, const std::string& data,
                           const nlohmann::json& details) {
     const std::string meaning = wire::DescribeResult(name, result);
     nlohmann::json object = {{"export", name}, {"result", result}, {"meaning", meaning}};
     object.update(details);
     const std::string outcome = fmt::format("{}: {} ({})", name, result, meaning);
-    session_.Report(result == ZELTO_NAV_PORT_OK ? kExitSuccess : kExitFailure,
-                    words.empty() ? outcome : outcome + "\n" + words, object);
+    session_.ReportCall(static_cast<ExitStatus>(wire::ExitStatusOf(name, result)), outcome, data,
+                        object);
+}
+
+void ExportCaller::LetOthersIn() {
+    if (!turn_ || !turn_->IsLong())
+        return;
+    turn_.reset();
+    Sleep(kTurnGap);
+    turn_.emplace(patience_);
+    AwaitLateReplies();
 }
 
 void ExportCaller::Call(const std::string& name, const std::function<int32_t()>& call,

@@ -6,9 +6,11 @@
 #include <cstdint>
 #include <functional>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 #include "tools/zeltoport/session.h"
+#include "tools/zeltoport/turn.h"
 
 namespace zelto::tools {
 
@@ -26,16 +28,22 @@ class ExportCaller {
 
     // The user's choice, --connect: "init", "find", "none", or "" for what the subcommand does.
     std::string& ConnectChoice() { return choice_; }
+    // Seconds to wait for a turn on the device, --wait.
+    double& Patience() { return patience_; }
 
     // Connects and calls; the result is reported under the export's name.
     void Call(const std::string& name, const std::function<int32_t()>& call,
               Connect usual = Connect::kInit);
 
-    // The two halves, for a subcommand with more to say. Prepare is false when connecting failed,
-    // which it has then reported. Finish adds `words` (may be empty) and the members of `details`.
+    // The two halves, for a subcommand with more to say. Prepare takes the turn, which lasts as
+    // long as this object; it is false when connecting failed, which it has then reported. Finish
+    // adds `data` (may be empty) for standard output and the members of `details`.
     bool Prepare(Connect usual = Connect::kInit);
-    void Finish(const std::string& name, int32_t result, const std::string& words = "",
+    void Finish(const std::string& name, int32_t result, const std::string& data = "",
                 const nlohmann::json& details = nlohmann::json::object());
+
+    // Between two calls of a long run: gives waiting runs a chance, now and then.
+    void LetOthersIn();
 
     Session& session() { return session_; }
 
@@ -44,6 +52,8 @@ class ExportCaller {
 
     Session& session_;
     std::string choice_;
+    double patience_ = 60;
+    std::optional<Turn> turn_;
 };
 
 // A command-line text as the wide exports take it. Throws CommandError where it is not UTF-8.

@@ -1,9 +1,12 @@
 // Commands that give the navigator something to do. With --narrow the 8-bit form of an export is
 // called, with the bytes of the command line as they are.
 
+#include <cmath>
+#include <filesystem>
 #include <memory>
 
 #include "plugins/zelto_port_dll/zelto_port.h"
+#include "tools/text/wide.h"
 #include "tools/zeltoport/command.h"
 
 namespace zelto::tools {
@@ -27,9 +30,20 @@ void AddNarrow(CLI::App* command, const Shared& arguments) {
     command->add_flag("--narrow", arguments->narrow, "Call the 8-bit form of the export");
 }
 
+std::string RefuseUnlessFinite(const std::string& text) {
+    double value = 0;
+    return CLI::detail::lexical_cast(text, value) && std::isfinite(value)
+               ? ""
+               : "\"" + Printable(text) + "\" is not a number";
+}
+
+CLI::Option* AddNumber(CLI::App* command, const char* name, double& value, const char* help) {
+    return command->add_option(name, value, help)->check(RefuseUnlessFinite);
+}
+
 void AddPlace(CLI::App* command, const Shared& arguments) {
-    command->add_option("latitude", arguments->latitude, "Degrees, north positive")->required();
-    command->add_option("longitude", arguments->longitude, "Degrees, east positive")->required();
+    AddNumber(command, "latitude", arguments->latitude, "Degrees, north positive")->required();
+    AddNumber(command, "longitude", arguments->longitude, "Degrees, east positive")->required();
 }
 
 // A subcommand with one text, for an export with a wide and an 8-bit form.
@@ -41,7 +55,13 @@ struct TextCommand {
     int32_t (*wide)(const ZeltoNavPort_Wide*);
     const char* narrow_name;
     int32_t (*narrow)(const char*);
+    bool path = false;  // of a file
 };
+
+// The navigator has another current folder.
+std::string Absolute(const std::string& path) {
+    return path.empty() || path[0] == '\\' ? path : std::filesystem::absolute(path).string();
+}
 
 void AddTextCommand(CLI::App& app, ExportCaller& caller, const TextCommand& text) {
     auto arguments = std::make_shared<Arguments>();
@@ -49,11 +69,12 @@ void AddTextCommand(CLI::App& app, ExportCaller& caller, const TextCommand& text
     command->add_option(text.argument, arguments->text)->required();
     AddNarrow(command, arguments);
     command->callback([=, &caller] {
+        const std::string given = text.path ? Absolute(arguments->text) : arguments->text;
         if (arguments->narrow) {
-            caller.Call(text.narrow_name, [&] { return text.narrow(arguments->text.c_str()); });
+            caller.Call(text.narrow_name, [&] { return text.narrow(given.c_str()); });
             return;
         }
-        const std::u16string wide = WideArgument(arguments->text);
+        const std::u16string wide = WideArgument(given);
         caller.Call(text.wide_name, [&] { return text.wide(wide.c_str()); });
     });
 }
@@ -83,7 +104,7 @@ void AddWaypoint(CLI::App& app, ExportCaller& caller) {
     CLI::App* add = family->add_subcommand("add", "Add a waypoint, or replace it");
     add->add_option("name", arguments->name)->required();
     AddPlace(add, arguments);
-    add->add_option("altitude", arguments->third, "Metres");
+    AddNumber(add, "altitude", arguments->third, "Metres");
     add->add_option("--description", arguments->text);
     add->add_option("--icon", arguments->icon);
     AddNarrow(add, arguments);
@@ -98,7 +119,7 @@ void AddCenter(CLI::App& app, ExportCaller& caller) {
     auto arguments = std::make_shared<Arguments>();
     CLI::App* command = app.add_subcommand("center", "Centre the map");
     AddPlace(command, arguments);
-    command->add_option("scale", arguments->third, "Metres across the screen; 0 keeps the scale");
+    AddNumber(command, "scale", arguments->third, "Metres across the screen; 0 keeps the scale");
     command->callback([=, &caller] {
         caller.Call("ZeltoNavPort_CenterCoordinate", [&] {
             return ZeltoNavPort_CenterCoordinate(arguments->latitude, arguments->longitude,
@@ -145,9 +166,10 @@ void AddGoto(CLI::App& app, ExportCaller& caller) {
 }  // namespace
 
 void AddGuidanceCommands(CLI::App& app, ExportCaller& caller) {
-    AddTextCommand(app, caller,
-                   {"open", "Open a file in the navigator", "path", "ZeltoNavPort_OpenFile",
-                    ZeltoNavPort_OpenFile, "ZeltoNavPort_OpenFile (8-bit)", ZeltoNavPort_OpenFile});
+    AddTextCommand(
+        app, caller,
+        {"open", "Open a file in the navigator", "path", "ZeltoNavPort_OpenFile",
+         ZeltoNavPort_OpenFile, "ZeltoNavPort_OpenFile (8-bit)", ZeltoNavPort_OpenFile, true});
     AddWaypoint(app, caller);
     AddCenter(app, caller);
     AddExec(app, caller);

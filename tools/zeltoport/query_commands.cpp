@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 #include <memory>
 
+#include "platform/coredll/linux/device_admin.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 #include "tools/text/wide.h"
 #include "tools/zeltoport/command.h"
@@ -14,6 +15,11 @@ namespace {
 // The largest reply that one queue message can carry.
 constexpr uint32_t kReplySize = 1024;
 
+// As it came, but for a terminal, which it might steer.
+std::string Shown(const std::string& text) {
+    return coredll::IsTerminal(stdout) ? Printable(text) : text;
+}
+
 void CallGetString(ExportCaller& caller, const std::string& query) {
     if (!caller.Prepare())
         return;
@@ -23,7 +29,7 @@ void CallGetString(ExportCaller& caller, const std::string& query) {
     if (result != ZELTO_NAV_PORT_OK)
         caller.Finish("ZeltoNavPort_GetString", result);
     else
-        caller.Finish("ZeltoNavPort_GetString", result, Printable(answer), {{"text", answer}});
+        caller.Finish("ZeltoNavPort_GetString", result, Shown(answer), {{"text", answer}});
 }
 
 void AddGet(CLI::App& app, ExportCaller& caller) {
@@ -40,7 +46,7 @@ void CallStreet(ExportCaller& caller) {
     ZeltoNavPort_Wide street[kReplySize] = {};
     const int32_t result = ZeltoNavPort_PositionStreet(street);
     const std::string text = Utf8FromWide(street);
-    caller.Finish("ZeltoNavPort_PositionStreet", result, Printable(text), {{"text", text}});
+    caller.Finish("ZeltoNavPort_PositionStreet", result, Shown(text), {{"text", text}});
 }
 
 void AddStreet(CLI::App& app, ExportCaller& caller) {

@@ -59,7 +59,8 @@ void Store(const std::u16string& path) {
                                reinterpret_cast<const BYTE*>(path.c_str()), size);
     }
     if (error != NO_ERROR)
-        throw CommandError(fmt::format("The registry cannot be written (error {}).", error));
+        throw CommandError(fmt::format("The registry cannot be written (error {}).", error),
+                           kExitDevice);
 }
 
 }  // namespace

@@ -36,8 +36,9 @@ constexpr PlainCommand kCommands[] = {
 // The one export whose number is no result.
 void ReportVersion(Session& session) {
     const int32_t version = ZeltoNavPort_Version();
-    session.Report(kExitSuccess, fmt::format("ZeltoNavPort_Version: interface version {}", version),
-                   {{"export", "ZeltoNavPort_Version"}, {"version", version}});
+    session.ReportCall(
+        kExitSuccess, fmt::format("ZeltoNavPort_Version: interface version {}", version),
+        std::to_string(version), {{"export", "ZeltoNavPort_Version"}, {"version", version}});
 }
 
 }  // namespace

@@ -41,4 +41,6 @@ bool AppendToDeviceFile(std::FILE* stream, const char* name) {
     return file.IsOpen() && std::fflush(stream) == 0 && dup2(file.Get(), fileno(stream)) >= 0;
 }
 
+DeviceTurn::DeviceTurn(int64_t patience) : lock_(OpenDevice(nullptr), "turn", patience) {}
+
 }  // namespace zelto::coredll

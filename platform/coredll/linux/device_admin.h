@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/coredll/linux/base/device.h"
+#include "platform/coredll/linux/base/small_file.h"
 #include "platform/coredll/linux/objects/store_report.h"
 
 namespace zelto::coredll {
@@ -29,6 +30,17 @@ bool IsNowhere(std::FILE* stream);
 // Lets the stream write to the end of a file of the device from now on. False, the stream being as
 // before, when the file cannot be had.
 bool AppendToDeviceFile(std::FILE* stream, const char* name);
+
+// The right to use the device among programs that ask for it so, while the object lives; it ends
+// with its process. Waits at most `patience` ns; without the right, or a device, it is not held.
+class DeviceTurn {
+  public:
+    explicit DeviceTurn(int64_t patience);
+    bool IsHeld() const { return lock_.IsHeld(); }
+
+  private:
+    FileLock lock_;
+};
 
 }  // namespace zelto::coredll
 

@@ -68,9 +68,9 @@ int ReplaceSmallFile(const UniqueFd& folder, const char* name, std::string_view 
     return failed;
 }
 
-FileLock::FileLock(const UniqueFd& folder, const char* name)
+FileLock::FileLock(const UniqueFd& folder, const char* name, int64_t patience)
     : file_(Open(folder, std::string(name) + ".lock", O_RDWR | O_CREAT)) {
-    const int64_t end = MonotonicNanoseconds() + kFileLockPatience;
+    const int64_t end = MonotonicNanoseconds() + patience;
     while (IsHeld() && flock(file_.Get(), LOCK_EX | LOCK_NB) != 0) {
         const bool may_come = errno == EWOULDBLOCK || errno == EINTR;
         if (may_come && MonotonicNanoseconds() < end) {

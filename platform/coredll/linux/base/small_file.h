@@ -19,13 +19,13 @@ int ReadSmallFile(const UniqueFd& folder, const char* name, size_t limit, std::s
 int ReplaceSmallFile(const UniqueFd& folder, const char* name, std::string_view text);
 
 // The right to change a file, among all processes and threads, while the object lives. It is held
-// on a lock file next to it, and ends with its process. Waits at most kFileLockPatience for its
+// on a lock file next to it, and ends with its process. Waits at most `patience` ns for its
 // turn, since its holder may be stopped; then, as at any failure, it is not held and errno tells,
 // EBUSY for a turn that did not come.
 constexpr int64_t kFileLockPatience = 2'000'000'000;  // ns
 class FileLock {
   public:
-    FileLock(const UniqueFd& folder, const char* name);
+    FileLock(const UniqueFd& folder, const char* name, int64_t patience = kFileLockPatience);
     bool IsHeld() const { return file_.IsOpen(); }
 
   private:
