@@ -1,3 +1,31 @@
 """The library's own results in words, as `zeltoport describe` has them."""
 
-MEANINGS = {}
+MEANINGS = {
+    -1460: "system error 1460: the request could not be written twice",
+    1: "the navigator is not running and could not be started",
+    2: "the navigator's reply is shorter than two bytes",
+    3: "the navigator's reply is empty",
+    4: 'no navigator, or one with too long a path, is registered; "zeltoport device init" does it',
+    5: "the request file could not be created",
+    6: "no navigator window is known",
+    8: "the navigator's reply is shorter than two bytes",
+    9: "the navigator's reply is of no known kind",
+    10: "the navigator's reply could not be read",
+    11: "the navigator's end of the queue is gone",
+    12: "the navigator's window is gone or takes no more messages",
+    14: "out of memory",
+    88: "the reply file could not be opened",
+    122: "system error 122: the request is longer than 1024 bytes",
+    301: "the request letter is not known",
+    302: "the request's arguments do not have the stated form",
+    303: "a latitude beyond 90 or a longitude beyond 180 degrees",
+    304: "no waypoint, or no query, of that name",
+    305: "the file to open does not exist",
+    306: "the sentence's checksum is wrong or missing",
+    307: "not an NMEA sentence, or its fields cannot be read",
+    308: "there is no valid position at present",
+    309: "no room for another waypoint",
+    310: "there is no command of that number",
+    1007: "the navigator did not reply in time",
+    2007: "the navigator did not signal its reply in time",
+}
