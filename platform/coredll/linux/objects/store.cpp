@@ -55,7 +55,6 @@ std::string Connect() {
     static const int at_fork = pthread_atfork(nullptr, nullptr, ForgetStoreInChild);
     static_cast<void>(at_fork);
     g_file = mapped.file.Release();
-    GuardStore(mapped.store, sizeof(Store), g_file);
     g_store.store(mapped.store, std::memory_order_release);
     return "";
 }

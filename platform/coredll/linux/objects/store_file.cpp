@@ -15,6 +15,7 @@
 #include "platform/coredll/linux/base/device.h"
 #include "platform/coredll/linux/base/monotonic.h"
 #include "platform/coredll/linux/objects/process_life.h"
+#include "platform/coredll/linux/objects/store_guard.h"
 
 namespace zelto::coredll {
 namespace {
@@ -234,11 +235,13 @@ std::string OpenStoreFile(MappedStore& mapped, std::string (*join)(Store& store)
     if (memory == MAP_FAILED)
         return Failure("cannot be mapped");
     auto* store = static_cast<Store*>(memory);
+    GuardStore(memory, sizeof(Store), file.Get());
     if (fresh)
         Format(*store);
     SetUsersMark(file.Get(), F_RDLCK);
     problem = join(*store);
     if (!problem.empty()) {
+        EndGuard();
         UnmapStore(store);
         return problem;
     }

@@ -10,8 +10,9 @@
 
 namespace zelto::coredll {
 
-// A mapped store and the file behind it. The open file carries the mark that somebody uses the
-// store, in every namespace of the host, until file and mapping are gone.
+// A mapped store, guarded against the loss of its file (store_guard.h), and that file. The open
+// file carries the mark that somebody uses the store, in every namespace of the host, until file
+// and mapping are gone.
 struct MappedStore {
     Store* store = nullptr;
     UniqueFd file;
