@@ -132,7 +132,7 @@ class App {
   }
 
   mapInWords({ waypoints, destination, position, track }) {
-    const parts = [`${waypoints.size} waypoints`];
+    const parts = [waypoints.size === 1 ? "1 waypoint" : `${waypoints.size} waypoints`];
     if (destination)
       parts.push(`destination at ${degrees(destination)}`);
     if (position)

@@ -19,6 +19,7 @@ void AddDeviceCommand(CLI::App& app, Session& session);
 void AddClockCommand(CLI::App& app, Session& session);
 void AddCrcCommand(CLI::App& app, Session& session);
 void AddDescribeCommand(CLI::App& app, Session& session);
+void AddPictureCommand(CLI::App& app, Session& session);
 void AddRunCommand(CLI::App& app, Session& session);
 
 }  // namespace zelto::tools

@@ -45,6 +45,7 @@ void AddCommands(CLI::App& app, Session& session, ExportCaller& caller) {
     AddClockCommand(app, session);
     AddCrcCommand(app, session);
     AddDescribeCommand(app, session);
+    AddPictureCommand(app, session);
     AddRunCommand(app, session);
 }
 
