@@ -6,7 +6,7 @@
 packages_for() {
     case "$1" in
     tools) printf '%s\n' cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libfmt-dev ;;
-    tests) printf '%s\n' libgtest-dev libgmock-dev zlib1g-dev python3 tzdata ;;
+    tests) printf '%s\n' libgtest-dev libgmock-dev zlib1g-dev python3 python3-pytest tzdata ;;
     bench) printf '%s\n' libbenchmark-dev zlib1g-dev libdeflate-dev ;;
     package) printf '%s\n' binutils dpkg-dev file git gzip lintian mmdebstrap pkg-config ;;
     coverage) printf '%s\n' gcovr ;;
