@@ -25,8 +25,9 @@ TEST(Picture, HoldsEachRequestOfAJournalWithItsResult) {
     const Outcome outcome = RunProgram({ZELTO_PORT_PROGRAM, "picture", test.Journal()});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.output.find("http"), outcome.output.find("http-equiv")) << "loads nothing";
+    const nlohmann::json recording = RecordingOf(outcome.output);
     std::vector<std::string> seen;
-    for (const auto& exchange : RecordingOf(outcome.output)["exchanges"])
+    for (const auto& exchange : recording.at("exchanges"))
         seen.push_back(exchange["request"].get<std::string>() + " " +
                        std::to_string(exchange["result"].get<int>()));
     EXPECT_NE(std::ranges::find(seen, "S|42.5000000,-2.2500000,,,0 0"), seen.end());
