@@ -1,0 +1,36 @@
+# Manual pages and completions, where there is a Python to make them. A sanitized program is not run
+# while building.
+find_package(Python3 COMPONENTS Interpreter)
+if(NOT Python3_FOUND OR ZELTO_SANITIZE)
+  return()
+endif()
+set(maker "${CMAKE_CURRENT_SOURCE_DIR}/make-manual.py")
+set(manuals "${CMAKE_CURRENT_BINARY_DIR}/manuals")
+
+# make_manual(NAME ARGUMENTS... DEPENDS what): runs the maker whenever `what` has changed.
+function(make_manual name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+  add_custom_command(OUTPUT "${manuals}/${name}.made"
+    COMMAND "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=$<TARGET_FILE_DIR:zelto_port>"
+            "${Python3_EXECUTABLE}" "${maker}" "${manuals}" ${ARG_UNPARSED_ARGUMENTS}
+    COMMAND "${CMAKE_COMMAND}" -E touch "${manuals}/${name}.made"
+    DEPENDS "${maker}" ${ARG_DEPENDS} VERBATIM)
+  add_custom_target(zelto_manual_${name} ALL DEPENDS "${manuals}/${name}.made")
+endfunction()
+
+set(header "${PROJECT_SOURCE_DIR}/plugins/zelto_port_dll/zelto_port.h")
+make_manual(library library "${header}" DEPENDS "${header}")
+install(DIRECTORY "${manuals}/man/man3" DESTINATION "${CMAKE_INSTALL_MANDIR}"
+  COMPONENT development)
+if(ZELTO_BUILD_TOOLS)
+  foreach(program zeltoport zelto-navigator)
+    make_manual(${program} program "$<TARGET_FILE:${program}>" DEPENDS ${program})
+  endforeach()
+  install(DIRECTORY "${manuals}/man/man1" DESTINATION "${CMAKE_INSTALL_MANDIR}" COMPONENT tools)
+  install(DIRECTORY "${manuals}/bash/" COMPONENT tools
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+  install(DIRECTORY "${manuals}/zsh/" COMPONENT tools
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
+  install(DIRECTORY "${manuals}/fish/" COMPONENT tools
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+endif()

@@ -1,0 +1,160 @@
+#!/usr/bin/env python3
+"""Writes manual pages and shell completions from what states the facts: the public header, and the
+programs' own help.
+
+    make-manual.py FOLDER library HEADER
+    make-manual.py FOLDER program PROGRAM
+
+Pages go to FOLDER/man/man1 and man3, completions to FOLDER/bash, zsh and fish.
+"""
+
+import gzip
+import pathlib
+import re
+import subprocess
+import sys
+
+PURPOSE = {
+    "zeltoport": "remote control of a navigator from the command line",
+    "zelto-navigator": "stand-in navigator for the development of clients",
+}
+
+
+def roff(text):
+    """Text as it is, for a block without filling."""
+    lines = text.replace("\\", "\\e").replace("-", "\\-").splitlines()
+    return "\n".join("\\&" + line if line[:1] in (".", "'") else line for line in lines)
+
+
+def write_page(folder, name, section, purpose, sections):
+    page = f".TH {name} {section}\n.SH NAME\n{name} \\- {roff(purpose)}\n"
+    for title, text in sections:
+        page += f".SH {title}\n.nf\n{roff(text)}\n.fi\n"
+    target = folder / "man" / f"man{section}"
+    target.mkdir(parents=True, exist_ok=True)
+    (target / f"{name}.{section}.gz").write_bytes(gzip.compress(page.encode(), 9, mtime=0))
+
+
+def comment_text(comment):
+    return re.sub(r"^ ?\* ?", "", comment.strip(), flags=re.M).strip()
+
+
+def write_library(folder, header):
+    text = header.read_text()
+    overview = comment_text(re.search(r"/\*(.*?)\*/", text, re.S)[1])
+    results = re.search(r"/\*((?:(?!\*/).)*)\*/\n(enum ZeltoNavPort_Result.*?};)", text, re.S)
+    blocks = re.findall(r"/\*((?:(?!\*/).)*)\*/\n((?:ZELTO_PORT_API .*?\);\n)+)", text, re.S)
+    calls = {}  # name: what is said of it, once for each of its forms
+    for comment, block in blocks:
+        for call in re.findall(r"ZELTO_PORT_API (.*?\);)", block, re.S):
+            form = f"{call}\n\n{comment_text(comment)}"
+            calls.setdefault(re.search(r"(\w+)\(", call)[1], []).append(form)
+    write_page(folder, "ZeltoNavPort", 3, "remote control of a navigator application", [
+        ("SYNOPSIS", "#include <zelto_port.h>\n\nLink with -lzelto_port."),
+        ("DESCRIPTION", overview),
+        ("RESULTS", comment_text(results[1]) + "\n\n" + results[2]),
+        ("FUNCTIONS", "\n".join(calls)),
+        ("SEE ALSO", "zeltoport(1), zelto-navigator(1)"),
+    ])
+    for name, forms in calls.items():
+        write_page(folder, name, 3, "a call of the ZeltoPORT library", [
+            ("SYNOPSIS", "#include <zelto_port.h>"),
+            ("DESCRIPTION", "\n\n".join(forms)),
+            ("SEE ALSO", "ZeltoNavPort(3): conventions, results, waits"),
+        ])
+
+
+class Command:
+    """A program or a subcommand: its help, its words, and what is below it."""
+
+    def __init__(self, program, path=()):
+        self.path = path
+        run = subprocess.run([program, *path, "--help"], capture_output=True, text=True, check=True)
+        self.help = run.stdout.replace(str(program), program.name)
+        self.options = re.findall(r"^  .*?(--[a-z][a-z-]*)", self.help, re.M)
+        _, _, below = self.help.partition("\nSubcommands:\n")
+        self.children = [Command(program, (*path, name))
+                         for name in re.findall(r"^  ([a-z][a-z-]*)", below, re.M)]
+
+    def all(self):
+        yield self
+        for child in self.children:
+            yield from child.all()
+
+    def words(self):
+        return [child.path[-1] for child in self.children] + self.options
+
+    def purpose(self):
+        return self.help.strip().splitlines()[0].replace("'", "")
+
+
+# $1: the words before the one to complete. Sets `words` to what may stand there.
+LOOK_UP = """    local place= word words=
+    for word in "$@"; do
+        case "${{place:+$place }}$word" in
+        {places}) place="${{place:+$place }}$word" ;;
+        esac
+    done
+    case "$place" in
+{words}
+    esac
+"""
+
+
+def look_up(root):
+    places = "|".join(f'"{" ".join(c.path)}"' for c in root.all() if c.path) or '"/"'
+    words = "\n".join(f'    "{" ".join(c.path)}") words="{" ".join(c.words())}" ;;'
+                      for c in root.all())
+    return LOOK_UP.format(places=places, words=words)
+
+
+def bash_completion(name, root):
+    function = "_" + name.replace("-", "_")
+    return (f"{function}_words() {{\n{look_up(root)}    echo \"$words\"\n}}\n"
+            f"{function}() {{\n"
+            f'    local before=("${{COMP_WORDS[@]:1:COMP_CWORD-1}}")\n'
+            f'    mapfile -t COMPREPLY < <(compgen -W "$({function}_words "${{before[@]}}")" '
+            f'-- "${{COMP_WORDS[COMP_CWORD]}}")\n}}\n'
+            f"complete -o default -F {function} {name}\n")
+
+
+def zsh_completion(name, root):
+    function = "_" + name.replace("-", "_")
+    return (f"#compdef {name}\n{function}_words() {{\n{look_up(root)}    echo \"$words\"\n}}\n"
+            f'compadd -- ${{=$({function}_words "${{(@)words[2,CURRENT-1]}}")}} || _files\n')
+
+
+def fish_completion(name, root):
+    lines = []
+    for command in root.all():
+        seen = " and ".join(f"__fish_seen_subcommand_from {word}" for word in command.path)
+        where = f"'{seen.replace(' and ', '; and ')}'" if seen else "__fish_use_subcommand"
+        lines += [f"complete -c {name} -n {where} -f -a {child.path[-1]} -d '{child.purpose()}'"
+                  for child in command.children]
+        lines += [f"complete -c {name} -n {where} -l {option[2:]}" for option in command.options]
+    return "\n".join(lines) + "\n"
+
+
+def write_program(folder, program):
+    name = program.name
+    root = Command(program)
+    write_page(folder, name, 1, PURPOSE[name], [
+        ("DESCRIPTION", root.help),
+        *((" ".join(c.path).upper(), c.help) for c in root.all() if c.path),
+        ("ENVIRONMENT", "ZELTO_DEVICE: the device's folder; else ~/.local/share/zelto-device."),
+        ("SEE ALSO", "ZeltoNavPort(3)"),
+    ])
+    for shell, file, text in (("bash", name, bash_completion(name, root)),
+                              ("zsh", "_" + name, zsh_completion(name, root)),
+                              ("fish", name + ".fish", fish_completion(name, root))):
+        (folder / shell).mkdir(parents=True, exist_ok=True)
+        (folder / shell / file).write_text(text)
+
+
+def main():
+    folder, kind, source = pathlib.Path(sys.argv[1]), sys.argv[2], pathlib.Path(sys.argv[3])
+    {"library": write_library, "program": write_program}[kind](folder, source)
+
+
+if __name__ == "__main__":
+    main()
