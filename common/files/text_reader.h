@@ -34,7 +34,7 @@ class TextSource {
 // Thread safety: none; used by the thread of its container.
 class TextReader {
   public:
-    static constexpr size_t kRoom = 64 * 1024;  // bytes
+    static constexpr size_t kRoom = size_t{64} << 10;  // bytes
 
     explicit TextReader(TextSource& source) : source_(source) {}
 

@@ -43,8 +43,10 @@ void OnBusError(int signal, siginfo_t* info, void* context) {
         return;
     }
     g_gone.store(true);
-    mmap(reinterpret_cast<void*>(memory), size, PROT_READ | PROT_WRITE,
-         MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
+    const void* empty = mmap(reinterpret_cast<void*>(memory), size, PROT_READ | PROT_WRITE,
+                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
+    if (empty == MAP_FAILED)
+        PassOn(signal, info, context);
 }
 
 void InstallHandlerOnce() {

@@ -112,6 +112,7 @@ std::optional<SYSTEMTIME> AsWeekday(const std::vector<SYSTEMTIME>& days) {
 // The moments, moved by some ticks, as days.
 std::vector<SYSTEMTIME> Moved(const std::vector<int64_t>& moments, int64_t by) {
     std::vector<SYSTEMTIME> days;
+    days.reserve(moments.size());
     for (const int64_t moment : moments)
         days.push_back(SystemTimeFromTicks(std::max(int64_t{0}, moment + by)));
     return days;
