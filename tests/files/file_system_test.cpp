@@ -40,6 +40,13 @@ TEST(FileNames, AreCutJoinedAndNormalised) {
 
 using FileSystemTest = FilesTest;
 
+TEST(FileNames, APartKeepsItsPathsCodepage) {
+    DString path("\\a\\b.itv");
+    path.set_codepage(1251);
+    EXPECT_EQ(FileNamePart(path).codepage(), 1251);
+    EXPECT_EQ(DirectoryPart(path).codepage(), 1251);
+}
+
 TEST_F(FileSystemTest, TestsCopiesMovesAndDeletes) {
     Lock lock;
     FileSystemLock() = &lock;

@@ -26,10 +26,11 @@ TEST(LockHolder, ReleasesOnceAndForgetsItsLock) {
         lock.Leave();
         holder.Release();
         holder.Release();
+        EXPECT_FALSE(FreeForOthers(lock)) << "the second release took what it did not hold";
         holder.Acquire();
-        EXPECT_FALSE(FreeForOthers(lock));
     }
     lock.Leave();
+    EXPECT_TRUE(FreeForOthers(lock)) << "the holder still had its lock to acquire";
     {
         LockHolder holder(&lock, false);
         EXPECT_TRUE(FreeForOthers(lock));

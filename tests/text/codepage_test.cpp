@@ -146,6 +146,24 @@ TEST_F(CodepageTest, StringsTakeWideTextInTheirOwnCodepage) {
     EXPECT_TRUE(latin.is_empty() && text.is_empty());
 }
 
+// Codepage 0 as a target is the system's own, and stays the string's.
+TEST_F(CodepageTest, RecodingToCodepageZeroTakesTheSystemsOwn) {
+    SetCurrentCodepage(65001);
+    DString text(
+        "ma\xC3\xB1"
+        "ana");
+    text.recode(0);
+    EXPECT_STREQ(text.c_str(),
+                 "ma\xF1"
+                 "ana");
+    text.set_codepage(1);
+    text.recode(-1);
+    EXPECT_STREQ(text.c_str(),
+                 "ma\xC3\xB1"
+                 "ana")
+        << "and back, 1 being the same";
+}
+
 TEST_F(CodepageTest, RecodingGoesThroughTheTables) {
     SetCurrentCodepage(CP_UTF8);
     DString text("a\xC3\xA9\xE2\x82\xAC");
