@@ -74,15 +74,15 @@ class Pace {
         const auto now = SecondsOf(time);
         if (speed_ <= 0 || !now)
             return;
-        const double gap = std::fmod(*now - last_.value_or(*now) + kDay, kDay);
+        const double gap = last_ < 0 ? 0 : std::fmod(*now - last_ + kDay, kDay);
         if (gap < kLongestGap)
             Sleep(static_cast<DWORD>(gap / speed_ * 1000));
-        last_ = now;
+        last_ = *now;
     }
 
   private:
     double speed_;
-    std::optional<double> last_;
+    double last_ = -1;  // second of the day; below 0: no sentence had a time yet
 };
 
 // Names a refused line at once: a live feed has no end.
