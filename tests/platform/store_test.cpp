@@ -69,6 +69,23 @@ TEST_F(StoreTest, ProcessesKilledAtAnyInstantLeaveNothing) {
         CloseMsgQueue(queue);
 }
 
+// The next user of a dead process's slot was killed too, in the middle of taking it.
+TEST_F(StoreTest, ASlotTakenTwiceByTheDeadIsSwept) {
+    coredll::Store* store = coredll::OpenStore();
+    const pid_t child = Fork([] {
+        CreateWindowExW(0, TEXT("w"), nullptr, 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+        return pause();
+    });
+    while (Report().windows.empty())
+        usleep(1000);
+    const uint32_t slot = store->windows[0].owner.Slot();
+    Kill(child);
+    store->processes[slot].use.fetch_add(coredll::kSlotPhases - coredll::kSlotLive +
+                                         coredll::kSlotUnswept);
+    EXPECT_TRUE(Report().windows.empty());
+    EXPECT_EQ(Report().processes.size(), 1u);
+}
+
 TEST_F(StoreTest, AChildByForkIsAProcessOfItsOwn) {
     HANDLE reader = OpenQueue(TEXT("q"), true);
     const pid_t child = Fork([reader] {

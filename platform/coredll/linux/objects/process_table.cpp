@@ -23,15 +23,16 @@ bool SlotLives(uint32_t index, const ProcessSlot& slot) {
 // the process id is written and the life after it, so nobody judges this process by a mixture of
 // two; a claim whose maker died is taken by the next one, since one process connects at a time.
 bool Claim(ProcessSlot& slot, uint32_t judged) {
-    const uint32_t claimed = (judged / kSlotPhases + 1) * kSlotPhases + kSlotClaimed;
-    if (!slot.use.compare_exchange_strong(judged, claimed))
+    const bool remains = PhaseOf(judged) == kSlotLive || PhaseOf(judged) == kSlotUnswept;
+    const uint32_t use = (judged / kSlotPhases + 1) * kSlotPhases;
+    if (!slot.use.compare_exchange_strong(judged, use + (remains ? kSlotUnswept : kSlotClaimed)))
         return false;
     const uint64_t start = ProcessStartTime(static_cast<uint32_t>(getpid())).value_or(0);
     slot.pid = static_cast<uint32_t>(getpid());
     slot.start_time[0] = static_cast<uint32_t>(start);
     slot.start_time[1] = static_cast<uint32_t>(start >> 32);
     // Release: whoever sees the slot alive sees the id and the start time, too.
-    slot.use.store(claimed - kSlotClaimed + kSlotLive, std::memory_order_release);
+    slot.use.store(use + kSlotLive, std::memory_order_release);
     return true;
 }
 
@@ -54,10 +55,10 @@ ProcessToken TakeProcessSlot(Store& store) {
     return {};
 }
 
-void LeaveProcessSlot(Store& store) {
+void LeaveProcessSlot(Store& store, SlotPhase left) {
     if (ProcessSlot* slot = ProcessOf(store, MyToken())) {
         const uint32_t use = slot->use.load();
-        slot->use.store(use - use % kSlotPhases + kSlotFree);
+        slot->use.store(use - use % kSlotPhases + left);
     }
     ForgetProcessSlot();
 }
@@ -88,9 +89,11 @@ bool FreeDeadSlots(Store& store) {
         // Acquire: the id and the start time that are read next belong to this use, or the
         // exchange below fails.
         uint32_t use = slot.use.load(std::memory_order_acquire);
-        if (PhaseOf(use) != kSlotLive || i == MyToken().Slot() || SlotLives(i, slot))
-            continue;
-        found |= slot.use.compare_exchange_strong(use, use - kSlotLive + kSlotFree);
+        const uint32_t users = use - use % kSlotPhases;
+        if (PhaseOf(use) == kSlotUnswept)
+            found |= slot.use.compare_exchange_strong(use, users + kSlotClaimed);
+        else if (PhaseOf(use) == kSlotLive && i != MyToken().Slot() && !SlotLives(i, slot))
+            found |= slot.use.compare_exchange_strong(use, users + kSlotFree);
     }
     return found;
 }

@@ -18,8 +18,9 @@ ProcessToken MyToken();
 // so a repair frees what it held. Nobody when all are taken. The store's file is locked.
 ProcessToken TakeProcessSlot(Store& store);
 
-// Gives this process's slot back; what it holds is freed by the next repair.
-void LeaveProcessSlot(Store& store);
+// Gives this process's slot back: free, when the caller repairs before it lets the lock go, else
+// unswept, for the next sweep to repair.
+void LeaveProcessSlot(Store& store, SlotPhase left);
 
 // Forgets the slot in a child made by fork: it is the parent's. Touches this process alone.
 void ForgetProcessSlot();
@@ -31,7 +32,7 @@ bool TokenIsCurrent(const Store& store, ProcessToken token);
 bool TokenLives(const Store& store, ProcessToken token);
 
 // Frees the slots of dead processes, each for the use that was found dead; the caller repairs when
-// there was one.
+// there was one, or one that had been taken from a dead process and not been swept. Lock held.
 bool FreeDeadSlots(Store& store);
 
 // The process behind a token; null for what is no token.

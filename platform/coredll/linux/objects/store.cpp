@@ -26,7 +26,7 @@ std::string Join(Store& store) {
     const StoreLock lock(store);
     if (!lock.IsHeld()) {
         std::string problem = LockHolderInWords(store);
-        LeaveProcessSlot(store);
+        LeaveProcessSlot(store, kSlotUnswept);
         return problem;
     }
     FreeDeadSlots(store);
@@ -94,7 +94,7 @@ void CloseStore() {
         // frees what it held.
         const StoreLock lock(*store);
         if (lock.IsHeld()) {
-            LeaveProcessSlot(*store);
+            LeaveProcessSlot(*store, kSlotFree);
             RepairStore(*store);
         }
     }

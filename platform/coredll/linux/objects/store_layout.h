@@ -62,7 +62,15 @@ static_assert(sizeof(ProcessToken) == 4 && kMaxProcesses < 255);
 
 // A slot's users are counted, and the count stands in one word with what became of the last one:
 // whoever frees a slot exchanges the very word by which it judged, so a new user cannot lose it.
-enum SlotPhase : uint32_t { kSlotFree = 0, kSlotClaimed = 1, kSlotLive = 2, kSlotPhases = 4 };
+// Unswept is claimed (or left) while what the user before held is still in the tables: should the
+// claim's maker die too, the next sweep knows that a repair is due.
+enum SlotPhase : uint32_t {
+    kSlotFree = 0,
+    kSlotClaimed = 1,
+    kSlotLive = 2,
+    kSlotUnswept = 3,
+    kSlotPhases = 4
+};
 
 struct alignas(64) ProcessSlot {
     Word use;  // users so far * kSlotPhases + SlotPhase
