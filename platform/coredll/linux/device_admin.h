@@ -10,6 +10,7 @@
 #include "platform/coredll/linux/base/device.h"
 #include "platform/coredll/linux/base/small_file.h"
 #include "platform/coredll/linux/objects/store_report.h"
+#include "platform/coredll/linux/objects/witness.h"
 
 namespace zelto::coredll {
 

@@ -31,6 +31,25 @@ std::string ReadHostFile(const char* path) {
     return size > 0 ? std::string(text, static_cast<size_t>(size)) : "";
 }
 
+// What the host says of a process; false when there is none of that number, or it has ended.
+// The main thread's file says the same as the process's own. User-mode emulators make up the
+// latter, with another start time, for the process that reads about itself.
+bool ReadHostStatus(uint32_t pid, char& state, unsigned long long& start) {
+    char path[48];
+    std::snprintf(path, sizeof path, "/proc/%u/task/%u/stat", pid, pid);
+    const std::string text = ReadHostFile(path);
+    // The name in brackets may hold anything; state is the first field after it, the start time
+    // the twentieth (proc(5): fields 3 and 22).
+    const size_t name_end = text.rfind(')');
+    if (name_end == std::string::npos)
+        return false;
+    return std::sscanf(text.c_str() + name_end + 1,
+                       " %c %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s "
+                       "%*s %llu",
+                       &state, &start) == 2 &&
+           state != 'Z' && state != 'X' && state != 'x';
+}
+
 bool SameProcess(uint32_t pid, uint64_t start_time) {
     const std::optional<uint64_t> now = ProcessStartTime(pid);
     return now.has_value() && *now == start_time;
@@ -58,28 +77,15 @@ void Forget(Watched& watched) {
 }  // namespace
 
 std::optional<uint64_t> ProcessStartTime(uint32_t pid) {
-    // The main thread's file says the same as the process's own. User-mode emulators make up the
-    // latter, with another start time, for the process that reads about itself.
-    char path[48];
-    std::snprintf(path, sizeof path, "/proc/%u/task/%u/stat", pid, pid);
-    const std::string text = ReadHostFile(path);
-    // The name in brackets may hold anything; state is the first field after it, the start time
-    // the twentieth (proc(5): fields 3 and 22).
-    const size_t name_end = text.rfind(')');
-    if (name_end == std::string::npos)
-        return std::nullopt;
     char state = 0;
     unsigned long long start = 0;
-    const char* fields = text.c_str() + name_end + 1;
-    if (std::sscanf(fields,
-                    " %c %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s "
-                    "%llu",
-                    &state, &start) != 2) {
-        return std::nullopt;
-    }
-    if (state == 'Z' || state == 'X' || state == 'x')
-        return std::nullopt;
-    return start;
+    return ReadHostStatus(pid, state, start) ? std::optional<uint64_t>(start) : std::nullopt;
+}
+
+bool ProcessIsStopped(uint32_t pid) {
+    char state = 0;
+    unsigned long long start = 0;
+    return ReadHostStatus(pid, state, start) && (state == 'T' || state == 't');
 }
 
 bool ProcessLives(uint32_t key, uint32_t pid, uint64_t start_time) {

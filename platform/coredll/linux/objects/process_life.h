@@ -15,6 +15,9 @@ namespace zelto::coredll {
 // process or it has ended.
 std::optional<uint64_t> ProcessStartTime(uint32_t pid);
 
+// Whether it was stopped (by a signal, or for a debugger) and does not go on by itself.
+bool ProcessIsStopped(uint32_t pid);
+
 // Watches processes by `key`, a small number the caller gives each (below kMaxWatched). The first
 // question about a (key, pid, start) triple opens a descriptor where the host can, and later ones
 // cost one system call. Safe from any thread.

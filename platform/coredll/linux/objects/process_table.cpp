@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/coredll/linux/objects/process_life.h"
+#include "platform/coredll/linux/objects/witness_ring.h"
 
 namespace zelto::coredll {
 namespace {
@@ -33,6 +34,15 @@ bool Claim(ProcessSlot& slot, uint32_t judged) {
     slot.start_time[1] = static_cast<uint32_t>(start >> 32);
     // Release: whoever sees the slot alive sees the id and the start time, too.
     slot.use.store(use + kSlotLive, std::memory_order_release);
+    return true;
+}
+
+// Frees a slot whose user was found dead; false when it has changed hands meanwhile.
+bool FreeDead(Store& store, ProcessSlot& slot, uint32_t judged) {
+    const uint32_t process = slot.pid;
+    if (!slot.use.compare_exchange_strong(judged, judged - kSlotLive + kSlotFree))
+        return false;
+    Witness(store, {.kind = WitnessKind::kProcessDied, .process = process});
     return true;
 }
 
@@ -93,7 +103,7 @@ bool FreeDeadSlots(Store& store) {
         if (PhaseOf(use) == kSlotUnswept)
             found |= slot.use.compare_exchange_strong(use, users + kSlotClaimed);
         else if (PhaseOf(use) == kSlotLive && i != MyToken().Slot() && !SlotLives(i, slot))
-            found |= slot.use.compare_exchange_strong(use, users + kSlotFree);
+            found |= FreeDead(store, slot, use);
     }
     return found;
 }

@@ -10,6 +10,7 @@
 #include "platform/coredll/linux/objects/store.h"
 #include "platform/coredll/linux/objects/store_guard.h"
 #include "platform/coredll/linux/objects/waiting.h"
+#include "platform/coredll/linux/objects/witness_ring.h"
 
 namespace zelto::coredll {
 namespace {
@@ -23,6 +24,16 @@ bool ValidOptions(const MSGQUEUEOPTIONS* options) {
     constexpr DWORD kKnownFlags = MSGQUEUE_NOPRECOMMIT | MSGQUEUE_ALLOW_BROKEN;
     return options != nullptr && options->dwSize == sizeof(MSGQUEUEOPTIONS) &&
            options->cbMaxMessage != 0 && (options->dwFlags & ~kKnownFlags) == 0;
+}
+
+// What happens to a queue that has no name is told of one with the name "".
+void WitnessQueue(Store& store, const QueueSlot& queue, WitnessKind kind, uint32_t code = 0,
+                  const void* bytes = nullptr, uint32_t size = 0) {
+    Witness(store, {.kind = kind,
+                    .code = code,
+                    .name = queue.named != 0 ? NameOf(queue.name) : u"",
+                    .bytes = bytes,
+                    .size = size});
 }
 
 // A dead process on the side that is now being opened: its messages must not pass for ours.
@@ -60,6 +71,9 @@ OpenedEnd TryOpenEnd(Store& store, const ObjectName* name, const MSGQUEUEOPTIONS
     result.end = AddEnd(store, kind, queue);
     if (result.end != kNoEnd) {
         AddSide(store.queues[queue], kind);
+        WitnessQueue(store, store.queues[queue],
+                     existing ? WitnessKind::kQueueOpened : WitnessKind::kQueueMade,
+                     options.bReadAccess != FALSE ? 1 : 0);
         result.error = existing ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
         return result;
     }
@@ -89,6 +103,7 @@ void CloseEnd(Store& store, uintptr_t end) {
             if (slot == nullptr)
                 continue;
             QueueSlot& queue = store.queues[slot->object];
+            WitnessQueue(store, queue, WitnessKind::kQueueClosed, kind == EndKind::kReader ? 1 : 0);
             DropEnd(store, static_cast<uint32_t>(end));
             DropSide(store, queue, kind);
             changed = &queue.changed;
@@ -112,6 +127,13 @@ struct LookResult {
 
 LookResult Failed(DWORD error) {
     return {Look::kFailed, error, nullptr, 0, false};
+}
+
+// The same where the queue is known. Lock held.
+LookResult Refused(Store& store, const QueueSlot& queue, DWORD error, const void* bytes = nullptr,
+                   uint32_t size = 0) {
+    WitnessQueue(store, queue, WitnessKind::kRefused, error, bytes, size);
+    return Failed(error);
 }
 
 // Why a look did not get the lock: the store is gone, and the handle with it, or somebody has it.
@@ -140,7 +162,7 @@ LookResult LookForMessage(Store& store, uintptr_t end, const ReadRequest& reques
         return Failed(ERROR_INVALID_HANDLE);
     QueueSlot& queue = store.queues[slot->object];
     if (queue.broken != 0 || (IsEmpty(queue) && !AllowsBroken(queue) && queue.writers == 0)) {
-        return Failed(ERROR_PIPE_NOT_CONNECTED);
+        return Refused(store, queue, ERROR_PIPE_NOT_CONNECTED);
     }
     if (IsEmpty(queue))
         return MustWait(queue);
@@ -149,8 +171,10 @@ LookResult LookForMessage(Store& store, uintptr_t end, const ReadRequest& reques
     *request.read = std::min(full_size, request.size);
     if (request.flags != nullptr)
         *request.flags = alert ? DWORD{MSGQUEUE_MSGALERT} : 0;
-    const Look look = full_size > request.size ? Look::kFailed : Look::kDone;
-    return {look, ERROR_INSUFFICIENT_BUFFER, &queue.changed, 0, false};
+    const bool cut = full_size > request.size;
+    WitnessQueue(store, queue, WitnessKind::kRead, cut ? DWORD{ERROR_INSUFFICIENT_BUFFER} : 0,
+                 request.buffer, *request.read);
+    return {cut ? Look::kFailed : Look::kDone, ERROR_INSUFFICIENT_BUFFER, &queue.changed, 0, false};
 }
 
 struct WriteRequest {
@@ -171,22 +195,35 @@ LookResult LookForRoom(Store& store, uintptr_t end, const WriteRequest& request)
     if (request.buffer == nullptr)
         return {Look::kDone, ERROR_SUCCESS, nullptr, 0, false};
     if (request.size > queue.message_bytes)
-        return Failed(ERROR_INSUFFICIENT_BUFFER);
+        return Refused(store, queue, ERROR_INSUFFICIENT_BUFFER, request.buffer, request.size);
     if (queue.broken != 0 || (!AllowsBroken(queue) && queue.readers == 0)) {
-        return Failed(ERROR_PIPE_NOT_CONNECTED);
+        return Refused(store, queue, ERROR_PIPE_NOT_CONNECTED, request.buffer, request.size);
     }
     const bool alert = request.flags == MSGQUEUE_MSGALERT;
     if (IsFull(queue) && !(alert && queue.alert.load() == 0))
         return MustWait(queue);
     if (!PushMessage(store, queue, request.buffer, request.size, alert)) {
-        return Failed(ERROR_OUTOFMEMORY);
+        return Refused(store, queue, ERROR_OUTOFMEMORY, request.buffer, request.size);
     }
+    WitnessQueue(store, queue, WitnessKind::kWritten, 0, request.buffer, request.size);
     return {Look::kDone, ERROR_SUCCESS, &queue.changed, 0, false};
+}
+
+// Whoever has waited in vain records that, and who of the others is stopped.
+void WitnessTimeout(Store& store, uintptr_t end, EndKind kind, DWORD timeout) {
+    if (!IsWitnessed(store) || timeout == 0)
+        return;
+    const StoreLock lock(store);
+    const EndSlot* slot = lock.IsHeld() ? MyEnd(store, end, kind) : nullptr;
+    if (slot == nullptr)
+        return;
+    WitnessStopped(store);
+    WitnessQueue(store, store.queues[slot->object], WitnessKind::kTimedOut, timeout);
 }
 
 // Looks until done, failed or out of time.
 template <class LookFunction>
-BOOL LookOrWait(Store& store, DWORD timeout, LookFunction look) {
+BOOL LookOrWait(Store& store, uintptr_t end, EndKind kind, DWORD timeout, LookFunction look) {
     const Deadline deadline(timeout);
     for (;;) {
         const LookResult result = look();
@@ -195,8 +232,10 @@ BOOL LookOrWait(Store& store, DWORD timeout, LookFunction look) {
                 AnnounceChange(*result.changed);
             return result.look == Look::kDone ? TRUE : Fail(result.error);
         }
-        if (deadline.Passed())
+        if (deadline.Passed()) {
+            WitnessTimeout(store, end, kind, timeout);
             return Fail(ERROR_TIMEOUT);
+        }
         AwaitChange(*result.changed, result.seen, deadline);
         const bool unchanged = result.changed->sequence.load() == result.seen;
         if (unchanged && result.needs_peer)
@@ -244,7 +283,8 @@ BOOL WriteMsgQueue(HANDLE queue, const void* buffer, DWORD size, DWORD timeout, 
     if (!known_flags || (buffer != nullptr && size == 0))
         return Fail(ERROR_INVALID_PARAMETER);
     const WriteRequest request{buffer, size, flags};
-    return LookOrWait(*store, timeout, [&] { return LookForRoom(*store, end, request); });
+    return LookOrWait(*store, end, EndKind::kWriter, timeout,
+                      [&] { return LookForRoom(*store, end, request); });
 }
 
 BOOL ReadMsgQueue(HANDLE queue, void* buffer, DWORD size, DWORD* read, DWORD timeout,
@@ -259,7 +299,8 @@ BOOL ReadMsgQueue(HANDLE queue, void* buffer, DWORD size, DWORD* read, DWORD tim
     if (buffer == nullptr || size == 0 || read == nullptr)
         return Fail(ERROR_INVALID_PARAMETER);
     const ReadRequest request{buffer, size, read, flags};
-    return LookOrWait(*store, timeout, [&] { return LookForMessage(*store, end, request); });
+    return LookOrWait(*store, end, EndKind::kReader, timeout,
+                      [&] { return LookForMessage(*store, end, request); });
 }
 
 BOOL CloseMsgQueue(HANDLE queue) {

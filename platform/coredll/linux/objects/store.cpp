@@ -1,13 +1,16 @@
 #include "platform/coredll/linux/objects/store.h"
 
+#include <errno.h>
 #include <mutex>
 #include <pthread.h>
 
+#include "platform/coredll/linux/base/paths.h"
 #include "platform/coredll/linux/objects/process_life.h"
 #include "platform/coredll/linux/objects/store_file.h"
 #include "platform/coredll/linux/objects/store_guard.h"
 #include "platform/coredll/linux/objects/store_repair.h"
 #include "platform/coredll/linux/objects/waiting.h"
+#include "platform/coredll/linux/objects/witness_ring.h"
 
 namespace zelto::coredll {
 namespace {
@@ -31,6 +34,8 @@ std::string Join(Store& store) {
     }
     FreeDeadSlots(store);
     RepairStore(store);
+    Witness(store,
+            {.kind = WitnessKind::kProcessJoined, .name = WideName(program_invocation_short_name)});
     return "";
 }
 
@@ -94,6 +99,7 @@ void CloseStore() {
         // frees what it held.
         const StoreLock lock(*store);
         if (lock.IsHeld()) {
+            Witness(*store, {.kind = WitnessKind::kProcessLeft});
             LeaveProcessSlot(*store, kSlotFree);
             RepairStore(*store);
         }

@@ -15,6 +15,7 @@
 
 #include "platform/coredll/api/base.h"
 #include "platform/coredll/linux/base/futex.h"
+#include "platform/coredll/linux/objects/witness.h"
 
 namespace zelto::coredll {
 
@@ -23,14 +24,15 @@ constexpr uint32_t kMaxProcesses = 64;
 constexpr uint32_t kMaxWindows = 64;
 constexpr uint32_t kMaxPostedMessages = 1024;  // waiting at one window
 constexpr uint32_t kMaxQueues = 256;
-constexpr uint32_t kMaxEvents = 64;      // named ones
-constexpr uint32_t kMaxEnds = 1024;      // open handles to queues and named events, all processes
-constexpr uint32_t kBlockCount = 16384;  // message memory, in blocks
-constexpr uint32_t kBlockBytes = 240;    // message bytes in one block
-constexpr uint32_t kMaxWindowText = 63;  // units of a class name or title, without the NUL
+constexpr uint32_t kMaxEvents = 64;        // named ones
+constexpr uint32_t kMaxEnds = 1024;        // open handles to queues and named events, all processes
+constexpr uint32_t kBlockCount = 16384;    // message memory, in blocks
+constexpr uint32_t kBlockBytes = 240;      // message bytes in one block
+constexpr uint32_t kWitnessEvents = 4096;  // that the witness remembers
+constexpr uint32_t kMaxWindowText = 63;    // units of a class name or title, without the NUL
 
 constexpr char kStoreMagic[8] = {'Z', 'E', 'L', 'T', 'O', 'O', 'B', 'J'};
-constexpr uint32_t kStoreVersion = 2;
+constexpr uint32_t kStoreVersion = 3;
 
 enum State : uint32_t { kFree = 0, kLive = 1 };
 
@@ -159,6 +161,29 @@ struct Block {
 };
 static_assert(sizeof(Block) == 256);
 
+struct alignas(64) WitnessSlot {
+    Word stamp;  // number of the event + 1 when all below is written; 0 meanwhile
+    WitnessKind kind;
+    uint32_t process;
+    uint32_t code;
+    uint32_t time[2];  // ns, low and high
+    uint32_t window;
+    uint32_t message;
+    uint32_t wparam;
+    uint32_t lparam;
+    uint32_t size;
+    uint32_t name_length;
+    WCHAR name[kWitnessName];
+    unsigned char bytes[kWitnessBytes];
+};
+static_assert(sizeof(WitnessSlot) == 256);
+
+struct Witnessed {
+    Word recording;
+    Word next;  // number of the next event
+    WitnessSlot slots[kWitnessEvents];
+};
+
 struct Store {
     // Checked before anything else is looked at.
     Word magic[2];  // the bytes of kStoreMagic; the first word is written last of all
@@ -183,6 +208,7 @@ struct Store {
     EventSlot events[kMaxEvents];
     alignas(4096) WindowRing rings[kMaxWindows];
     alignas(4096) Block blocks[kBlockCount];
+    alignas(4096) Witnessed witness;
 };
 static_assert(sizeof(Store) < 8u << 20);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/coredll/linux/objects/process_life.h"
 #include "platform/coredll/linux/objects/store.h"
 
 namespace zelto::coredll {
@@ -19,7 +20,8 @@ void ReportProcesses(const Store& store, StoreReport& report) {
     for (uint32_t i = 0; i < kMaxProcesses; ++i) {
         const ProcessToken user = UserOf(store, i);
         if (user)
-            report.processes.push_back({store.processes[i].pid, user == MyToken()});
+            report.processes.push_back({store.processes[i].pid, user == MyToken(),
+                                        ProcessIsStopped(store.processes[i].pid)});
     }
 }
 

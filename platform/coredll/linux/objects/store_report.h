@@ -11,7 +11,8 @@ namespace zelto::coredll {
 
 struct ProcessReport {
     uint32_t pid;
-    bool own;  // the asking process
+    bool own;      // the asking process
+    bool stopped;  // by a signal; it does not go on by itself
 };
 
 struct WindowReport {

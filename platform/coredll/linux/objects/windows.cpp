@@ -9,6 +9,7 @@
 #include "platform/coredll/linux/objects/store.h"
 #include "platform/coredll/linux/objects/store_guard.h"
 #include "platform/coredll/linux/objects/waiting.h"
+#include "platform/coredll/linux/objects/witness_ring.h"
 
 namespace zelto::coredll {
 namespace {
@@ -26,6 +27,10 @@ HWND HandleOf(const Store& store, const WindowSlot& window) {
     const uint32_t value =
         ((window.serial & kSerialMask) << kSerialShift) | ((index + 1) << kSlotShift);
     return reinterpret_cast<HWND>(uintptr_t{value});
+}
+
+uint32_t Number(HWND handle) {
+    return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(handle));
 }
 
 // The window of a handle, dead owner or not; null when there is none. Lock held.
@@ -65,6 +70,16 @@ uint32_t Waiting(const WindowSlot& window) {
     return std::min(waiting, kMaxPostedMessages);
 }
 
+void WitnessWindow(Store& store, const WindowSlot& window, WitnessKind kind) {
+    Witness(store,
+            {.kind = kind, .name = window.class_name, .window = Number(HandleOf(store, window))});
+}
+
+void WitnessPosted(Store& store, HWND handle, WitnessKind kind, const PostedMessage& posted,
+                   DWORD error = ERROR_SUCCESS) {
+    Witness(store, {.kind = kind, .code = error, .window = Number(handle), .posted = posted});
+}
+
 // Appends to the ring; false when it is full. Lock held.
 bool Post(Store& store, WindowSlot& window, UINT message, WPARAM wparam, LPARAM lparam) {
     if (Waiting(window) >= kMaxPostedMessages)
@@ -99,6 +114,7 @@ WindowSlot* MakeWindow(Store& store, LPCWSTR class_name, LPCWSTR title, DWORD st
     CopyWindowText(window->title, title);
     // Release: whoever finds the window live, after a kill even, finds it whole.
     window->state.store(kLive, std::memory_order_release);
+    WitnessWindow(store, *window, WitnessKind::kWindowMade);
     return window;
 }
 
@@ -203,7 +219,9 @@ Taken TakeMessage(Store& store, HWND handle, MSG& message, uint32_t& seen) {
             continue;
         const uint32_t place = window.taken.load();
         const WindowRing& ring = store.rings[&window - store.windows];
-        FillMessage(message, own, ring.messages[place % kMaxPostedMessages]);
+        const PostedMessage& posted = ring.messages[place % kMaxPostedMessages];
+        FillMessage(message, own, posted);
+        WitnessPosted(store, own, WitnessKind::kTaken, posted);
         window.taken.store(place + 1, std::memory_order_release);
         return Taken::kMessage;
     }
@@ -232,9 +250,10 @@ HWND CreateWindowExW(DWORD, LPCWSTR class_name, LPCWSTR title, DWORD style, int,
 }
 
 BOOL DestroyWindow(HWND handle) {
-    return ChangeWindow(handle, [](Store&, WindowSlot& window) {
+    return ChangeWindow(handle, [](Store& store, WindowSlot& window) {
         if (window.owner != MyToken())
             return Fail(kOtherProcessWindow);
+        WitnessWindow(store, window, WitnessKind::kWindowGone);
         window.state.store(kFree);
         return BOOL{TRUE};
     });
@@ -253,8 +272,11 @@ HWND FindWindowW(LPCWSTR class_name, LPCWSTR title) {
 
 BOOL PostMessageW(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) {
     return ChangeWindow(handle, [&](Store& store, WindowSlot& window) {
-        return Post(store, window, message, wparam, lparam) ? BOOL{TRUE}
-                                                            : Fail(ERROR_NOT_ENOUGH_QUOTA);
+        const bool room = Post(store, window, message, wparam, lparam);
+        WitnessPosted(store, handle, WitnessKind::kAnnounced,
+                      {message, wparam, static_cast<uint32_t>(lparam), 0},
+                      room ? DWORD{ERROR_SUCCESS} : DWORD{ERROR_NOT_ENOUGH_QUOTA});
+        return room ? BOOL{TRUE} : Fail(ERROR_NOT_ENOUGH_QUOTA);
     });
 }
 

@@ -14,6 +14,7 @@
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/paths.h"
 #include "platform/coredll/linux/files/folded_name.h"
+#include "platform/coredll/linux/objects/witness_ring.h"
 #include "platform/coredll/linux/process/launch.h"
 
 namespace zelto::coredll {
@@ -99,7 +100,9 @@ DWORD Start(const SHELLEXECUTEINFO& info) {
     int failed = StartDetached(path, arguments);
     if (failed == ENOENT && FindFolded(path))
         failed = StartDetached(path, arguments);
-    return failed == 0 ? DWORD{ERROR_SUCCESS} : StartError(failed, path);
+    error = failed == 0 ? DWORD{ERROR_SUCCESS} : StartError(failed, path);
+    WitnessProgram(path, error);
+    return error;
 }
 
 // The running program's path with backslashes; empty when the host does not tell.
