@@ -4,6 +4,16 @@
 
 namespace zelto::navigator {
 
+void ExtendTrack(Navigator& navigator) {
+    const Fix& fix = navigator.fix;
+    std::deque<TrackPoint>& track = navigator.track;
+    if (track.empty() || fix.time.empty() || track.back().time != fix.time)
+        track.emplace_back();
+    track.back() = {fix.place, fix.altitude, fix.date, fix.time};
+    if (track.size() > kMaxTrack)
+        track.pop_front();
+}
+
 const std::pair<const std::string, Waypoint>* NearestWaypoint(const Navigator& navigator,
                                                               const Place& place) {
     const std::pair<const std::string, Waypoint>* nearest = nullptr;

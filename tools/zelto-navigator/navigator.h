@@ -5,6 +5,7 @@
 #define ZELTO_TOOLS_ZELTO_NAVIGATOR_NAVIGATOR_H
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -15,6 +16,7 @@
 namespace zelto::navigator {
 
 inline constexpr size_t kMaxWaypoints = 10000;
+inline constexpr size_t kMaxTrack = 100000;  // the oldest go
 
 struct MapCentre {
     Place place;
@@ -40,6 +42,14 @@ struct MessageBox {
     int seconds = 0;
 };
 
+// One second of the way; its parts as in the fix.
+struct TrackPoint {
+    Place place;
+    std::optional<double> altitude;
+    std::string date;
+    std::string time;
+};
+
 struct Navigator {
     std::optional<MapCentre> centre;
     std::map<std::string, Waypoint, std::less<>> waypoints;
@@ -47,6 +57,7 @@ struct Navigator {
     std::string route;
     std::string file;
     Fix fix;
+    std::deque<TrackPoint> track;
     uint64_t sentences = 0;  // taken, whatever their kind
     MessageBox last_box;
     uint64_t boxes = 0;
@@ -55,6 +66,9 @@ struct Navigator {
     uint64_t requests = 0;
     bool closing = false;  // asked to end
 };
+
+// Adds the fix, a valid one, to the track. Sentences of one time make one point.
+void ExtendTrack(Navigator& navigator);
 
 // The waypoint nearest to a place, or null without any.
 const std::pair<const std::string, Waypoint>* NearestWaypoint(const Navigator& navigator,

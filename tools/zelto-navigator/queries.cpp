@@ -101,6 +101,36 @@ std::string Requests(const Navigator& navigator, std::string_view) {
     return Text(std::to_string(navigator.requests));
 }
 
+// As many of the texts from the `from`-th on as a reply holds; a long one alone may be cut.
+template <class Texts>
+std::string Joined(const Texts& texts, std::string_view from, char separator, auto text_of) {
+    const auto first = ReadInteger(from);
+    if (!first || *first < 0)
+        return Refused(kMalformed);
+    if (static_cast<size_t>(*first) >= texts.size())
+        return Text("");
+    std::string joined;
+    for (auto each = std::next(texts.begin(), *first); each != texts.end(); ++each) {
+        const std::string text = text_of(*each);
+        if (!joined.empty() && joined.size() + text.size() + 1 > kMaxReply - 2)
+            break;
+        joined += (joined.empty() ? "" : std::string(1, separator)) + text;
+    }
+    return Text(joined);
+}
+
+std::string WaypointNames(const Navigator& navigator, std::string_view from) {
+    return Joined(navigator.waypoints, from, ',', [](const auto& each) { return each.first; });
+}
+
+std::string Track(const Navigator& navigator, std::string_view from) {
+    return Joined(navigator.track, from, ';', [](const TrackPoint& point) {
+        return fmt::format("{},{},{},{}", TextOfPlace(point.place),
+                           point.altitude ? fmt::format("{:.1f}", *point.altitude) : "", point.date,
+                           point.time);
+    });
+}
+
 constexpr Query kQueries[] = {
     {"0", "the greeting that the library asks for when it connects", Handshake},
     {"version", "name and version", Version},
@@ -110,8 +140,11 @@ constexpr Query kQueries[] = {
     {"centre", "latitude,longitude,scale of the map; empty before it was centred", Centre},
     {"waypoints", "number of waypoints", Waypoints},
     {"waypoint NAME", "latitude,longitude,altitude,icon,description of one", OneWaypoint},
+    {"waypoint-names N", "names of the waypoints from the N-th on, with commas between; N from 0",
+     WaypointNames},
     {"destination", "latitude,longitude,label; empty without one", GoalOf},
     {"route", "the route being followed; empty without one", Route},
+    {"track N", "latitude,longitude,altitude,date,time; ... of the track from the N-th on", Track},
     {"file", "the file opened last; empty before", File},
     {"boxes", "number of message boxes shown", Boxes},
     {"box", "title|text of the last message box; empty before", LastBox},

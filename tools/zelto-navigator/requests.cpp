@@ -136,6 +136,9 @@ std::string NewPoint(Navigator& navigator, std::string_view sentence) {
             return Refused(kBadChecksum);
         case Sentence::kUnreadable:
             return Refused(kBadSentence);
+        case Sentence::kPosition:
+            ExtendTrack(navigator);
+            [[fallthrough]];
         default:
             ++navigator.sentences;
             return Done();

@@ -15,6 +15,8 @@ void AddWindowCommands(CLI::App& app, ExportCaller& caller);
 void AddGuidanceCommands(CLI::App& app, ExportCaller& caller);
 void AddQueryCommands(CLI::App& app, ExportCaller& caller);
 void AddNmeaCommand(CLI::App& app, ExportCaller& caller);
+void AddDriveCommand(CLI::App& app, ExportCaller& caller);
+void AddExportCommand(CLI::App& app, ExportCaller& caller);  // with GPX
 void AddDeviceCommand(CLI::App& app, Session& session);
 void AddClockCommand(CLI::App& app, Session& session);
 void AddCrcCommand(CLI::App& app, Session& session);

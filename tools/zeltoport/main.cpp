@@ -41,6 +41,10 @@ void AddCommands(CLI::App& app, Session& session, ExportCaller& caller) {
     AddGuidanceCommands(app, caller);
     AddQueryCommands(app, caller);
     AddNmeaCommand(app, caller);
+    AddDriveCommand(app, caller);
+#ifdef ZELTO_HAS_GPX
+    AddExportCommand(app, caller);
+#endif
     AddDeviceCommand(app, session);
     AddClockCommand(app, session);
     AddCrcCommand(app, session);
