@@ -6,6 +6,7 @@
 #include "platform/coredll/linux/device_admin.h"
 #include "tools/text/wide.h"
 #include "tools/zeltoport/command.h"
+#include "tools/zeltoport/device_state.h"
 #include "tools/zeltoport/registered_navigator.h"
 
 namespace zelto::tools {
@@ -39,7 +40,8 @@ std::string StoreInWords(const StoreReport& store) {
     std::string words = fmt::format("message memory: {} of {} bytes promised",
                                     store.committed_message_memory, store.message_memory);
     for (const auto& process : store.processes)
-        words += fmt::format("\nprocess {}{}", process.pid, process.own ? " (this one)" : "");
+        words += fmt::format("\nprocess {}{}{}", process.pid, process.own ? " (this one)" : "",
+                             process.stopped ? " (stopped)" : "");
     for (const auto& window : store.windows)
         words += fmt::format("\nwindow {} \"{}\" of process {}: {}{}, {} messages waiting",
                              Name(window.class_name), Name(window.title), window.pid,
@@ -53,6 +55,8 @@ std::string StoreInWords(const StoreReport& store) {
         words += fmt::format("\nevent {}: {}, {}", Name(event.name),
                              event.manual_reset ? "manual reset" : "auto reset",
                              event.signalled ? "signalled" : "not signalled");
+    for (const std::string& trouble : TroublesOf(store))
+        words += "\nwarning: " + trouble;
     return words;
 }
 
@@ -64,7 +68,8 @@ json StoreInJson(const StoreReport& store) {
                    {"message_memory", store.message_memory},
                    {"committed_message_memory", store.committed_message_memory}};
     for (const auto& process : store.processes)
-        object["processes"].push_back({{"pid", process.pid}, {"own", process.own}});
+        object["processes"].push_back(
+            {{"pid", process.pid}, {"own", process.own}, {"stopped", process.stopped}});
     for (const auto& window : store.windows)
         object["windows"].push_back({{"class", Utf8FromWide(window.class_name)},
                                      {"title", Utf8FromWide(window.title)},

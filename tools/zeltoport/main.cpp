@@ -51,6 +51,10 @@ void AddCommands(CLI::App& app, Session& session, ExportCaller& caller) {
     AddDescribeCommand(app, session);
     AddPictureCommand(app, session);
     AddRunCommand(app, session);
+    AddRecordCommand(app, session);
+    AddTraceCommand(app, session);
+    AddWhyCommand(app, session);
+    AddDoctorCommand(app, caller);
 }
 
 // The parser's own words where every word of the command line is known.

@@ -1,15 +1,13 @@
 // zeltoport picture: a page that shows what a client did, from the journal of the navigator that it
 // did it to.
 
-#include <charconv>
-#include <cstdlib>
 #include <filesystem>
 #include <fmt/core.h>
 #include <fstream>
 #include <memory>
 
 #include "tools/page/page.h"
-#include "tools/wire/calls.h"
+#include "tools/wire/explain.h"
 #include "tools/wire/results.h"
 #include "tools/zeltoport/command.h"
 
@@ -20,35 +18,6 @@ namespace {
 using nlohmann::json;
 
 constexpr int32_t kNoReply = 1007;
-constexpr int32_t kShortReply = 2;
-constexpr int32_t kUnknownReply = 9;
-
-// The library's result for a reply to a request of that letter.
-int32_t ResultOf(char letter, const std::string& reply) {
-    if (letter == 'F')
-        return reply.starts_with("G") && reply.find('|') != std::string::npos ? 0 : kUnknownReply;
-    if (reply.size() < 2)
-        return kShortReply;
-    if (reply[0] == 'B' && reply.size() > 2)
-        return std::atoi(reply.c_str() + 2);
-    return reply[0] == 'A' ? 0 : kUnknownReply;
-}
-
-// The request's fields under the names that the call gives them.
-json ArgumentsOf(const wire::Call& call, std::string_view text) {
-    json arguments = json::object();
-    std::string_view names = call.arguments;
-    while (!names.empty()) {
-        const size_t stop = call.separator == 0 ? names.npos : names.find(call.separator);
-        const std::string name(names.substr(0, stop));
-        names = stop == names.npos ? std::string_view() : names.substr(stop + 1);
-        const size_t end = names.empty() ? text.npos : text.find(call.separator);
-        if (!name.empty())
-            arguments[name] = text.substr(0, end);
-        text = end == text.npos ? std::string_view() : text.substr(end + 1);
-    }
-    return arguments;
-}
 
 // Seconds of the day of a journal's time, "2010-05-01T09:30:00.125Z"; below 0 when it is not one.
 double SecondOfDay(const std::string& time) {
@@ -80,15 +49,12 @@ json ExchangeOf(const json& entry, double start) {
                      {"events", json::array()}};
     const wire::Call* call = request.empty() ? nullptr : wire::FindCall(request[0]);
     const std::string name = call == nullptr ? "" : call->export_name;
-    const int32_t result = entry.at("reply").is_null()
-                               ? kNoReply
-                               : ResultOf(request.empty() ? '\0' : request[0], entry.at("reply"));
+    const int32_t result =
+        entry.at("reply").is_null()
+            ? kNoReply
+            : wire::ResultOfReply(request.empty() ? '\0' : request[0], entry.at("reply"));
     exchange["export"] = name;
-    exchange["arguments"] =
-        call == nullptr
-            ? json::object()
-            : ArgumentsOf(*call,
-                          std::string_view(request).substr(std::min<size_t>(2, request.size())));
+    exchange["arguments"] = wire::ArgumentsOf(call, request);
     exchange["result"] = result;
     exchange["meaning"] = wire::DescribeResult(name, result);
     return exchange;

@@ -23,15 +23,6 @@ struct Key {
     }
 };
 
-bool IsProgram(const std::filesystem::path& path) {
-    using std::filesystem::perms;
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    constexpr perms kAnyExecute = perms::owner_exec | perms::group_exec | perms::others_exec;
-    return std::filesystem::is_regular_file(status) &&
-           (status.permissions() & kAnyExecute) != perms::none;
-}
-
 // The device writes a backslash for the host's slash, and cannot write the host's backslash.
 std::u16string DevicePath(const std::string& host_path) {
     std::u16string path;
@@ -65,6 +56,15 @@ void Store(const std::u16string& path) {
 
 }  // namespace
 
+bool IsProgram(const std::string& path) {
+    using std::filesystem::perms;
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    constexpr perms kAnyExecute = perms::owner_exec | perms::group_exec | perms::others_exec;
+    return std::filesystem::is_regular_file(status) &&
+           (status.permissions() & kAnyExecute) != perms::none;
+}
+
 std::string NavigatorBeside() {
     WCHAR path[MAX_PATH * 2];
     const DWORD size = GetModuleFileNameW(nullptr, path, MAX_PATH * 2);
@@ -74,7 +74,7 @@ std::string NavigatorBeside() {
     const auto folder = std::filesystem::path(own).parent_path();
     for (const auto& beside : {folder / "zelto-navigator",
                                folder.parent_path() / "zelto-navigator" / "zelto-navigator"}) {
-        if (IsProgram(beside))
+        if (IsProgram(beside.string()))
             return beside.string();
     }
     return "";
@@ -82,7 +82,7 @@ std::string NavigatorBeside() {
 
 std::string RegisterNavigator(const std::string& path) {
     const auto full = std::filesystem::absolute(path).lexically_normal();
-    if (!IsProgram(full))
+    if (!IsProgram(full.string()))
         throw CommandError(fmt::format("{} is not a program.", full.string()));
     Store(DevicePath(full.string()));
     return full.string();

@@ -13,6 +13,9 @@ inline constexpr size_t kMaxNavigatorPath = 99;
 // The host path of the zelto-navigator beside this program; "" when there is none.
 std::string NavigatorBeside();
 
+// Whether the host path names a file that can be run.
+bool IsProgram(const std::string& path);
+
 // Registers a program by its host path, relative ones taken from the current folder, and returns
 // the full path. Throws CommandError: not a program, not expressible on the device, too long, or
 // the registry cannot be written.

@@ -1,14 +1,12 @@
 #include "tools/zeltoport/turn.h"
 
 #include <algorithm>
-#include <charconv>
 #include <fmt/core.h>
 #include <set>
-#include <string_view>
 
 #include "plugins/zelto_port_dll/protocol.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
-#include "tools/text/wide.h"
+#include "tools/wire/lens.h"
 #include "tools/zeltoport/session.h"
 
 namespace zelto::tools {
@@ -31,20 +29,10 @@ coredll::StoreReport Describe() {
     return store;
 }
 
-// The generation in a queue's name, or 0.
-int GenerationOf(const coredll::QueueReport& queue) {
-    const std::string name = Utf8FromWide(queue.name);
-    const std::string_view prefix = kQueuePrefix;
-    int generation = 0;
-    if (name.starts_with(prefix))
-        std::from_chars(name.data() + prefix.size(), name.data() + name.size(), generation);
-    return generation;
-}
-
 // A queue that the navigator may still write to although its reader is gone.
 bool AwaitsALateReply(const coredll::QueueReport& queue) {
-    return GenerationOf(queue) != 0 && queue.writers > 0 && queue.readers == 0 &&
-           queue.name.ends_with(TEXT("_rx"));
+    const auto name = wire::ParseQueueName(queue.name);
+    return name && !name->requests && queue.writers > 0 && queue.readers == 0;
 }
 
 bool AnyLateReply() {
@@ -72,8 +60,10 @@ bool Turn::IsLong() const {
 
 void PassLeftQueues() {
     std::set<int> taken;
-    for (const coredll::QueueReport& queue : Describe().queues)
-        taken.insert(GenerationOf(queue));
+    for (const coredll::QueueReport& queue : Describe().queues) {
+        if (const auto name = wire::ParseQueueName(queue.name))
+            taken.insert(name->generation);
+    }
     int first = 2;  // the generation of a process's first request
     for (const int generation : taken) {
         if (generation >= first && generation < first + kPairsOfARun)

@@ -11,6 +11,7 @@
 #include "platform/coredll/linux/base/small_file.h"
 #include "platform/coredll/linux/objects/store_report.h"
 #include "platform/coredll/linux/objects/witness.h"
+#include "platform/coredll/linux/process/child.h"
 
 namespace zelto::coredll {
 

@@ -74,6 +74,11 @@ bool MakeParents(const std::string& path) {
     return true;
 }
 
+// False with errno when it is not there afterwards.
+bool MakeDirectory(const std::string& path) {
+    return (MakeParents(path) && mkdir(path.c_str(), 0700) == 0) || errno == EEXIST;
+}
+
 // The path without slashes at its end: behind a link's name they would have the link followed.
 std::string Trimmed(std::string path) {
     while (path.size() > 1 && path.back() == '/')
@@ -118,11 +123,15 @@ bool CheckDevice(std::string* why) {
     return OpenDevice(why).IsOpen();
 }
 
+bool MakePrivateFolder(const std::string& path) {
+    std::string problem;
+    return MakeDirectory(path) && OpenDirectory(path, problem).IsOpen();
+}
+
 bool CreateDevice(std::string* why) {
     const std::string path = DevicePath();
     if (path.size() > 1 && path.front() == '/') {
-        const bool made = MakeParents(path) && mkdir(path.c_str(), 0700) == 0;
-        if (!made && errno != EEXIST) {
+        if (!MakeDirectory(path)) {
             if (why != nullptr)
                 *why = Quoted(path) + " cannot be made: " + std::strerror(errno) + ".";
             return false;

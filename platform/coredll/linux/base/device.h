@@ -27,6 +27,10 @@ UniqueFd OpenDevice(std::string* why);
 // Whether OpenDevice succeeds.
 bool CheckDevice(std::string* why);
 
+// Makes a directory for this user alone, missing parents included; false when the one of that name
+// cannot be had, or is no such directory. The path is a full one.
+bool MakePrivateFolder(const std::string& path);
+
 // Makes the directory, missing parents included, and then checks it. An existing one is kept.
 bool CreateDevice(std::string* why);
 

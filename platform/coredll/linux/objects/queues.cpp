@@ -209,10 +209,11 @@ LookResult LookForRoom(Store& store, uintptr_t end, const WriteRequest& request)
     return {Look::kDone, ERROR_SUCCESS, &queue.changed, 0, false};
 }
 
-// Whoever has waited in vain records that, and who of the others is stopped.
+// Whoever has waited in vain records that, and who of the others is dead or stopped.
 void WitnessTimeout(Store& store, uintptr_t end, EndKind kind, DWORD timeout) {
     if (!IsWitnessed(store) || timeout == 0)
         return;
+    SweepDeadProcesses(store);
     const StoreLock lock(store);
     const EndSlot* slot = lock.IsHeld() ? MyEnd(store, end, kind) : nullptr;
     if (slot == nullptr)
