@@ -1,13 +1,14 @@
 # shellcheck shell=bash
 # Sourced by the other scripts: installs what a purpose needs on Debian and its relatives.
 #
-#   need_packages tools [tests] [sources] [bench] [lint] [coverage] [package]
+#   need_packages tools [tests] [sources] [browser] [bench] [lint] [coverage] [package]
 
 packages_for() {
     case "$1" in
     tools) printf '%s\n' cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libfmt-dev \
-        libcpp-httplib-dev libpugixml-dev ;;
+        libcpp-httplib-dev libpugixml-dev pkg-config ;;
     tests) printf '%s\n' libgtest-dev libgmock-dev zlib1g-dev python3 python3-pytest tzdata ;;
+    browser) printf '%s\n' chromium chromium-driver python3-selenium ;;
     sources) printf '%s\n' gpsd gpsd-clients python3 ;;
     bench) printf '%s\n' libbenchmark-dev zlib1g-dev libdeflate-dev ;;
     package) printf '%s\n' binutils dpkg-dev file git gzip lintian mmdebstrap pkg-config ;;

@@ -2,6 +2,11 @@
 
 const PRINTED_ROWS = 2000; // what a page on paper takes before the browser labours
 
+// By the last and the last but one hexadecimal digit of a box's style.
+const BOX_BUTTONS = [["OK"], ["OK", "Cancel"], ["Abort", "Retry", "Ignore"], ["Yes", "No", "Cancel"],
+                     ["Yes", "No"], ["Retry", "Cancel"]];
+const BOX_SIGNS = ["", "⛔", "❓", "⚠", "ℹ"];
+
 const byId = (id) => document.getElementById(id);
 
 class App {
@@ -12,6 +17,8 @@ class App {
     this.map = new MapView(byId("map"), (words) => { byId("pointer").textContent = words; });
     this.timeline = new Timeline(byId("window"), byId("filler"), (index) => this.go(index));
     this.index = this.exchanges.length - 1;
+    this.answered = {};    // the live navigator's last box and its button
+    this.onAnswer = null;  // (box, button), on the live page
     this.head();
     this.listen();
     this.filter();
@@ -81,15 +88,15 @@ class App {
     this.showExchange(exchange);
   }
 
-  // A live exchange: shown at once when the last one was the present one.
-  append(exchange) {
+  // Live exchanges: shown at once when the last one was the present one.
+  append(exchanges) {
     const atEnd = this.index === this.exchanges.length - 1;
-    this.exchanges.push(exchange);
+    this.exchanges.push(...exchanges);
     this.head();
     this.filter();
     if (atEnd)
       this.go(this.exchanges.length - 1);
-    byId("announcer").textContent = this.inWords(exchange);
+    byId("announcer").textContent = this.inWords(exchanges[exchanges.length - 1]);
   }
 
   inWords(exchange) {
@@ -108,7 +115,7 @@ class App {
   }
 
   showState(state) {
-    const { destination, position, centre, box } = state;
+    const { destination, position, centre } = state;
     this.describe(byId("state"), [
       ["destination", destination && degrees(destination)],
       ["route", state.route],
@@ -122,13 +129,31 @@ class App {
       ["command", state.command],
       ["message boxes", state.boxes || null],
     ]);
-    byId("box").hidden = !box;
-    if (box) {
-      byId("box").querySelector(".box-title").textContent = box.title;
-      byId("box").querySelector(".box-text").textContent = box.text;
-      byId("box").querySelector(".box-numbers").textContent = `style ${box.style}, ${box.seconds} s`;
-    }
+    this.box = state.box;
+    this.showBox();
     byId("map-words").textContent = this.mapInWords(state);
+  }
+
+  // The message box as the device shows it; its buttons work on the live page, once.
+  showBox() {
+    const box = this.box, answered = box && box.number === this.answered.box;
+    byId("box").hidden = !box;
+    if (!box)
+      return;
+    const sign = BOX_SIGNS[box.style >> 4 & 15];
+    const part = (name) => byId("box").querySelector(`.box-${name}`);
+    part("title").textContent = box.title;
+    part("text").textContent = (sign ? `${sign} ` : "") + box.text;
+    part("numbers").textContent = `style ${box.style}, ${box.seconds} s` +
+      (answered ? `, answered: ${this.answered.button}` : "");
+    part("buttons").replaceChildren(...(BOX_BUTTONS[box.style & 15] ?? BOX_BUTTONS[0]).map((name) => {
+      const button = document.createElement("button");
+      button.type = "button";
+      button.textContent = name;
+      button.disabled = !this.onAnswer || answered;
+      button.addEventListener("click", () => this.onAnswer(box.number, name));
+      return button;
+    }));
   }
 
   mapInWords({ waypoints, destination, position, track }) {
@@ -143,8 +168,9 @@ class App {
   }
 
   showExchange(exchange) {
-    byId("why").hidden = !exchange?.why;
-    byId("why").textContent = exchange?.why ?? "";
+    const why = [exchange?.why, exchange?.warning].filter(Boolean).join(". ");
+    byId("why").hidden = !why;
+    byId("why").textContent = why && `Why: ${why}.`;
     const words = exchange && Object.entries(exchange.arguments ?? {}).map(([name, value]) => `${name} = ${value}`);
     this.describe(byId("exchange"), exchange ? [
       ["call", exchange.export ?? exchange.letter],
@@ -153,7 +179,7 @@ class App {
       ["reply", exchange.reply ?? "none"],
       ["result", exchange.result === null ? null : `${exchange.result}: ${exchange.meaning ?? ""}`],
       ["took", exchange.milliseconds === null ? null : `${seconds(exchange.milliseconds)} ms`],
-      ["client", exchange.pid],
+      ["client", exchange.by ?? exchange.pid],
     ] : []);
     const diagram = exchange && sequenceDiagram(exchange.events, this.recording.processes ?? []);
     byId("sequence").replaceChildren(...(diagram ? [diagram] : []));
@@ -165,4 +191,7 @@ class App {
   }
 }
 
-const app = new App(JSON.parse(byId("recording").textContent));
+const recording = JSON.parse(byId("recording").textContent);
+const app = new App(recording);
+if (recording.live)
+  new Live(app, recording.live);

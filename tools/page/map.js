@@ -41,17 +41,20 @@ class MapView {
     this.onPoint = onPoint;
     this.lines = svg("g");
     this.points = svg("g");
-    this.world = svg("g", {}, this.lines, this.points);
+    this.drawn = svg("g"); // by the user, not yet driven to its end
+    this.notes = svg("g"); // what has no place
+    this.world = svg("g", {}, this.lines, this.drawn, this.points);
     this.pointer = svg("g", { "data-kind": "pointer", visibility: "hidden" }, svg("title"),
                        svg("path", { class: "scale", d: "M-6 0 H6 M0 -6 V6" }));
     this.scale = svg("g", { "data-kind": "scale" });
-    element.append(this.world, this.scale, this.pointer);
+    element.append(this.world, this.notes, this.scale, this.pointer);
     this.origin = null;
     this.x = 0; // metres from the origin at the middle of the picture
     this.y = 0;
     this.zoom = 0.1; // pixels a metre
     this.places = [];
     this.spots = new WeakMap(); // what local() found, since a track has thousands of places
+    this.tool = null;     // takes what is held on the map: begin(target, place), drag(place), end()
     this.touched = false; // moved by the user, so it no longer follows what is shown
     this.listen();
   }
@@ -88,15 +91,30 @@ class MapView {
       points.push(this.point("position", state.position, "position"));
     this.points.replaceChildren(...points);
     this.lines.replaceChildren(...this.linesOf(state));
+    this.notes.replaceChildren(...(state.route ? [this.routeNote(state.route)] : []));
     if (!this.touched)
       this.fit();
     this.place();
   }
 
+  // A route is known by its name alone.
+  routeNote(name) {
+    const title = svg("title"), text = svg("text", { x: 16, y: 24 });
+    title.textContent = `route: ${name}; the navigator has no map of it`;
+    text.textContent = `route: ${name}`;
+    return svg("g", { "data-kind": "route" }, title, text);
+  }
+
+  showDrawn(places) {
+    const d = "M" + places.map((place) => this.local(place).step).join("L");
+    this.drawn.replaceChildren(...(places.length > 1 ? [svg("path", { class: "line drawn", d })] : []));
+  }
+
   linesOf(state) {
     const lines = [];
     if (state.track.length > 1)
-      lines.push(this.line("track", state.track, `track of ${state.track.length} positions`, "line"));
+      lines.push(this.line("track", state.track, `track of ${state.track.length} positions, from ` +
+        `${degrees(state.track[0])} to ${degrees(state.track[state.track.length - 1])}`, "line"));
     const from = state.destination && (state.position || state.destination.from);
     if (from)
       lines.push(this.line("route", [from, state.destination],
@@ -242,9 +260,13 @@ class MapView {
       const box = this.element.getBoundingClientRect();
       return { x: event.clientX - box.left, y: event.clientY - box.top };
     };
+    const placeOf = ({ x, y }) => this.placeAt(x, y);
+    let tooled = false; // the tool has it
     const span = ([a, b]) => Math.hypot(a.x - b.x, a.y - b.y);
     this.element.addEventListener("pointerdown", (event) => {
       this.element.setPointerCapture(event.pointerId);
+      tooled = held.size === 0 && Boolean(this.tool?.begin(event.target, placeOf(spot(event))));
+      this.touched ||= tooled; // it must not move under what is held
       held.set(event.pointerId, spot(event));
     });
     this.element.addEventListener("pointermove", (event) => {
@@ -255,13 +277,20 @@ class MapView {
       const before = held.get(event.pointerId);
       const spread = held.size === 2 ? span([...held.values()]) : 0;
       held.set(event.pointerId, now);
-      if (held.size === 1)
+      if (tooled)
+        this.tool.drag(placeOf(now));
+      else if (held.size === 1)
         this.panBy(now.x - before.x, now.y - before.y);
       else if (held.size === 2 && spread > 0)
         this.zoomBy(span([...held.values()]) / spread, now.x, now.y);
     });
     for (const end of ["pointerup", "pointercancel"])
-      this.element.addEventListener(end, (event) => held.delete(event.pointerId));
+      this.element.addEventListener(end, (event) => {
+        held.delete(event.pointerId);
+        if (tooled)
+          this.tool.end();
+        tooled = false;
+      });
     this.element.addEventListener("pointerleave", () => this.showPointer(null));
   }
 

@@ -89,11 +89,12 @@ const EFFECTS = {
     if (!last || last.latitude !== fix.latitude || last.longitude !== fix.longitude)
       state.track.push(fix);
   },
-  T(state, text) {
+  T(state, text, exchange) {
     const fields = text.split("|");
     const [style, seconds] = fields.slice(-2);
-    state.box = { title: fields[1], text: fields.slice(2, -2).join("|"), style, seconds };
     ++state.boxes;
+    state.box = { title: fields[1], text: fields.slice(2, -2).join("|"), style: parseInt(style, 10),
+                  seconds: parseInt(seconds, 10), number: exchange.boxes ?? state.boxes };
   },
   D(state, text) { state.file = text; ++state.files; },
   I(state, text) { state.command = text; ++state.commands; },
@@ -132,7 +133,7 @@ class Model {
     const exchange = this.exchanges[this.count++];
     const effect = accepted(exchange) && EFFECTS[exchange.request[0]];
     if (effect)
-      effect(this.current, exchange.request.slice(2));
+      effect(this.current, exchange.request.slice(2), exchange);
     if (this.count % CHECKPOINT === 0 && this.checkpoints.length === this.count / CHECKPOINT)
       this.checkpoints.push(copyState(this.current));
   }

@@ -2,11 +2,15 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstdlib>
 #include <fmt/core.h>
+#include <memory>
+#include <stdexcept>
 
 #include "platform/coredll/linux/device_admin.h"
 #include "tools/wire/calls.h"
 #include "tools/wire/results.h"
+#include "tools/zelto-navigator/page_server.h"
 #include "tools/zelto-navigator/queries.h"
 #include "tools/zelto-navigator/refusal.h"
 #include "tools/zelto-navigator/requests.h"
@@ -36,7 +40,7 @@ std::string Manual() {
     text += "\nThe device is the directory named by ZELTO_DEVICE, else the user's default;\n";
     text += "\"zeltoport device init\" makes it. Started by a client, or with its output sent to\n";
     text += "/dev/null, it appends what it prints to navigator.log there.\n";
-    text += "Exit status: 0 closed, 1 no device, no window or no journal.";
+    text += "Exit status: 0 closed, 1 no device, no window, no journal or no\nport for the view.";
     return text;
 }
 
@@ -54,6 +58,25 @@ void AddFaultOptions(CLI::App& app, Faults& faults) {
         ->group(group);
 }
 
+// The whole text of a port's number; "", which the option alone gives, and 0 stand for a free one.
+std::string RefusePort(const std::string& text) {
+    unsigned port = 0;
+    return text.empty() || (CLI::detail::lexical_cast(text, port) && port <= 65535)
+               ? ""
+               : "a port is a number from 0 to 65535";
+}
+
+CLI::Option* AddViewOption(CLI::App& app) {
+    return app
+        .add_option("--view",
+                    "Serve a page for a browser on this machine, live, on a port, or on one that "
+                    "is free; the line \"view\" tells its link")
+        ->type_name("[PORT]")
+        ->expected(0, 1)
+        ->check(RefusePort)
+        ->envname("ZELTO_NAVIGATOR_VIEW");
+}
+
 // What a client starts has nobody to print to: its lines are kept in the device.
 void KeepLog() {
     for (std::FILE* stream : {stdout, stderr}) {
@@ -62,7 +85,14 @@ void KeepLog() {
     }
 }
 
-int Serve(const ServiceOptions& options, const std::string& journal_path) {
+// Null where nobody wants to look on. Throws std::runtime_error.
+std::unique_ptr<View> MakeView(const CLI::Option& wanted) {
+    if (wanted.empty())
+        return nullptr;
+    return MakePageServer(std::atoi(wanted.as<std::string>().c_str()));
+}
+
+int Serve(const ServiceOptions& options, const std::string& journal_path, View* view) {
     KeepLog();
     const std::string why = zelto::coredll::DeviceProblem();
     if (!why.empty()) {
@@ -74,7 +104,7 @@ int Serve(const ServiceOptions& options, const std::string& journal_path) {
         fmt::print(stderr, "zelto-navigator: {} cannot be opened for writing\n", journal_path);
         return 1;
     }
-    return Service(options, journal).Run();
+    return Service(options, journal, view).Run();
 }
 
 }  // namespace
@@ -92,6 +122,12 @@ int main(int argc, char** argv) {
         ->type_name("FILE")
         ->envname("ZELTO_NAVIGATOR_JOURNAL");
     AddFaultOptions(app, options.faults);
+    const CLI::Option* view = AddViewOption(app);
     CLI11_PARSE(app, argc, argv);
-    return Serve(options, journal_path);
+    try {
+        return Serve(options, journal_path, MakeView(*view).get());
+    } catch (const std::runtime_error& error) {
+        fmt::print(stderr, "zelto-navigator: {}\n", error.what());
+        return 1;
+    }
 }

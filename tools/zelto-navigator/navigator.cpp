@@ -4,6 +4,9 @@
 
 namespace zelto::navigator {
 
+namespace {
+
+// Adds the fix, a valid one. Sentences of one time make one point.
 void ExtendTrack(Navigator& navigator) {
     const Fix& fix = navigator.fix;
     std::deque<TrackPoint>& track = navigator.track;
@@ -12,6 +15,17 @@ void ExtendTrack(Navigator& navigator) {
     track.back() = {fix.place, fix.altitude, fix.date, fix.time};
     if (track.size() > kMaxTrack)
         track.pop_front();
+}
+
+}  // namespace
+
+Sentence TakeSentence(Navigator& navigator, std::string_view sentence) {
+    const Sentence kind = ReadSentence(sentence, navigator.fix);
+    if (kind == Sentence::kPosition)
+        ExtendTrack(navigator);
+    if (kind != Sentence::kBadChecksum && kind != Sentence::kUnreadable)
+        ++navigator.sentences;
+    return kind;
 }
 
 const std::pair<const std::string, Waypoint>* NearestWaypoint(const Navigator& navigator,

@@ -61,14 +61,15 @@ struct Navigator {
     uint64_t sentences = 0;  // taken, whatever their kind
     MessageBox last_box;
     uint64_t boxes = 0;
+    std::string box_answer;  // the button that closed the last one; empty: none yet
     int last_command = 0;
     uint64_t commands = 0;
     uint64_t requests = 0;
     bool closing = false;  // asked to end
 };
 
-// Adds the fix, a valid one, to the track. Sentences of one time make one point.
-void ExtendTrack(Navigator& navigator);
+// Takes a position sentence: fix and track are its, where it can be read.
+Sentence TakeSentence(Navigator& navigator, std::string_view sentence);
 
 // The waypoint nearest to a place, or null without any.
 const std::pair<const std::string, Waypoint>* NearestWaypoint(const Navigator& navigator,

@@ -89,6 +89,10 @@ std::string LastBox(const Navigator& navigator, std::string_view) {
     return Text(navigator.boxes == 0 ? "" : box.title + "|" + box.text);
 }
 
+std::string BoxAnswer(const Navigator& navigator, std::string_view) {
+    return Text(navigator.box_answer);
+}
+
 std::string Commands(const Navigator& navigator, std::string_view) {
     return Text(std::to_string(navigator.commands));
 }
@@ -148,6 +152,8 @@ constexpr Query kQueries[] = {
     {"file", "the file opened last; empty before", File},
     {"boxes", "number of message boxes shown", Boxes},
     {"box", "title|text of the last message box; empty before", LastBox},
+    {"box-answer", "button of the view with which the last box was closed; empty before",
+     BoxAnswer},
     {"commands", "number of commands run", Commands},
     {"command", "number of the command run last; empty before", LastCommand},
     {"requests", "number of requests taken, this one included", Requests},

@@ -54,6 +54,7 @@ std::string ShowMessageBox(Navigator& navigator, std::string_view arguments) {
     box.style = *style;
     box.seconds = *seconds;
     navigator.last_box = box;
+    navigator.box_answer.clear();
     ++navigator.boxes;
     return Done();
 }
@@ -131,16 +132,12 @@ std::string Goto(Navigator& navigator, std::string_view arguments) {
 }
 
 std::string NewPoint(Navigator& navigator, std::string_view sentence) {
-    switch (ReadSentence(sentence, navigator.fix)) {
+    switch (TakeSentence(navigator, sentence)) {
         case Sentence::kBadChecksum:
             return Refused(kBadChecksum);
         case Sentence::kUnreadable:
             return Refused(kBadSentence);
-        case Sentence::kPosition:
-            ExtendTrack(navigator);
-            [[fallthrough]];
         default:
-            ++navigator.sentences;
             return Done();
     }
 }

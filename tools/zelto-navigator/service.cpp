@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 #include <fmt/core.h>
+#include <stdexcept>
 
 #include "tools/text/wide.h"
 #include "tools/wire/calls.h"
@@ -17,6 +18,9 @@ void Say(const std::string& line) {
     fmt::print("{}\n", line);
     std::fflush(stdout);
 }
+
+// Posted to the own window when the view's user has done something.
+constexpr UINT kActsToTake = 0x8000;  // the first that is left to programs
 
 const char* DescribeMessage(const MSG& message) {
     switch (message.message) {
@@ -39,8 +43,8 @@ bool Faults::Concern(const std::string& request) const {
     return letters.empty() || (!request.empty() && letters.find(request[0]) != std::string::npos);
 }
 
-Service::Service(const ServiceOptions& options, Journal& journal)
-    : options_(options), journal_(journal) {}
+Service::Service(const ServiceOptions& options, Journal& journal, View* view)
+    : options_(options), journal_(journal), view_(view) {}
 
 bool Service::MakeWindow() {
     if (FindWindowW(kWindowClass, nullptr) != nullptr) {
@@ -54,10 +58,26 @@ bool Service::MakeWindow() {
     return window_ != nullptr;
 }
 
+bool Service::OpenView() {
+    if (view_ == nullptr)
+        return true;
+    try {
+        link_ = view_->Open([window = window_] { PostMessageW(window, kActsToTake, 0, 0); });
+    } catch (const std::runtime_error& error) {
+        fmt::print(stderr, "zelto-navigator: {}\n", error.what());
+        DestroyWindow(window_);
+        return false;
+    }
+    view_->ShowFaults(options_.faults);
+    return true;
+}
+
 int Service::Run() {
-    if (!MakeWindow())
+    if (!MakeWindow() || !OpenView())
         return 1;
     Say("ready");
+    if (!link_.empty())
+        Say("view " + link_);
     BOOL got = TRUE;
     while (!navigator_.closing) {
         MSG message;
@@ -76,10 +96,40 @@ void Service::HandleMessage(const MSG& message) {
         HandleAnnouncement(message.lParam);
         return;
     }
+    if (message.message == kActsToTake && view_ != nullptr) {
+        TakeActs();
+        return;
+    }
     if (const char* words = DescribeMessage(message); words != nullptr)
         Say(words);
     if (message.message == WM_CLOSE)
         navigator_.closing = true;
+}
+
+void Service::TakeActs() {
+    for (const Act& act : view_->TakeActs())
+        std::visit([this](const auto& each) { Take(each); }, act);
+}
+
+// An answer to a box that another has replaced comes too late.
+void Service::Take(const BoxAnswer& answer) {
+    if (answer.box != navigator_.boxes)
+        return;
+    navigator_.box_answer = answer.button;
+    view_->ShowAnswer(answer);
+    Say(fmt::format("message box answered: {}", tools::Printable(answer.button)));
+}
+
+void Service::Take(const Moment& moment) {
+    const std::string sentence = SentencesOf(moment).front();
+    TakeSentence(navigator_, sentence);
+    view_->ShowMove(sentence);
+}
+
+void Service::Take(const Faults& faults) {
+    options_.faults = faults;
+    view_->ShowFaults(faults);
+    Say("faults changed");
 }
 
 void Service::HandleAnnouncement(LPARAM detail) {
@@ -135,6 +185,8 @@ void Service::Record(const JournalEntry& entry) {
                     request == nullptr ? "unknown" : wire::FindCall(request->letter)->ShortName(),
                     tools::Printable(entry.request),
                     entry.reply.empty() ? "-" : tools::Printable(entry.reply), entry.microseconds));
+    if (view_ != nullptr)
+        view_->ShowRequest(entry, navigator_.boxes);
     if (!journal_.Append(entry))
         fmt::print(stderr, "zelto-navigator: the journal cannot be written\n");
 }

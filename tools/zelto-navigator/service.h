@@ -4,25 +4,16 @@
 #define ZELTO_TOOLS_ZELTO_NAVIGATOR_SERVICE_H
 
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "platform/coredll/coredll.h"
 #include "tools/zelto-navigator/channel.h"
+#include "tools/zelto-navigator/faults.h"
 #include "tools/zelto-navigator/journal.h"
 #include "tools/zelto-navigator/navigator.h"
+#include "tools/zelto-navigator/view.h"
 
 namespace zelto::navigator {
-
-// Faults to show to a client under test. The request itself is carried out all the same.
-struct Faults {
-    std::optional<std::string> reply;  // sent in the place of the right one
-    DWORD delay = 0;                   // milliseconds before the reply goes out
-    bool silent = false;               // no reply at all
-    std::string letters;               // the requests concerned; empty: all
-
-    bool Concern(const std::string& request) const;
-};
 
 struct ServiceOptions {
     bool packet_files = false;  // take announcements of packet files
@@ -33,15 +24,21 @@ struct ServiceOptions {
 // Thread safety: none; used by one thread.
 class Service {
   public:
-    Service(const ServiceOptions& options, Journal& journal);
+    // Without a view, null, nobody looks on. Journal and view outlive the service.
+    Service(const ServiceOptions& options, Journal& journal, View* view = nullptr);
 
     // Makes the window and serves until it is asked to end. Returns the process's exit status: 0,
-    // or 1 when the window could not be made or was lost.
+    // or 1 when window or view could not be had, or the window was lost.
     int Run();
 
   private:
     bool MakeWindow();
+    bool OpenView();
     void HandleMessage(const MSG& message);
+    void TakeActs();
+    void Take(const BoxAnswer& answer);
+    void Take(const Moment& moment);
+    void Take(const Faults& faults);
     void HandleAnnouncement(LPARAM detail);
     void Serve(Exchange& exchange, int generation);
     std::string ReplyTo(const std::string& request);
@@ -49,6 +46,8 @@ class Service {
 
     ServiceOptions options_;
     Journal& journal_;
+    View* view_;
+    std::string link_;  // to the view
     Navigator navigator_;
     HWND window_ = nullptr;
 };

@@ -1,5 +1,5 @@
-// zeltoport picture: a page that shows what a client did, from the journal of the navigator that it
-// did it to.
+// zeltoport picture: a page that shows what a client did, from a recording or from the journal of
+// the navigator that it did it to.
 
 #include <filesystem>
 #include <fmt/core.h>
@@ -7,17 +7,16 @@
 #include <memory>
 
 #include "tools/page/page.h"
+#include "tools/page/seen_request.h"
 #include "tools/wire/explain.h"
-#include "tools/wire/results.h"
 #include "tools/zeltoport/command.h"
+#include "tools/zeltoport/recordings.h"
 
 namespace zelto::tools {
 
 namespace {
 
 using nlohmann::json;
-
-constexpr int32_t kNoReply = 1007;
 
 // Seconds of the day of a journal's time, "2010-05-01T09:30:00.125Z"; below 0 when it is not one.
 double SecondOfDay(const std::string& time) {
@@ -33,37 +32,19 @@ double SecondOfDay(const std::string& time) {
 
 json ExchangeOf(const json& entry, double start) {
     constexpr double kSecondsPerDay = 86'400;
-    std::string request = entry.at("bytes");
-    if (request.ends_with('\n'))
-        request.pop_back();
-    const double took = entry.at("microseconds").get<double>() / 1000;
+    SeenRequest seen;
+    seen.request = entry.at("bytes");
+    if (!entry.at("reply").is_null())
+        seen.reply = entry.at("reply");
+    seen.microseconds = entry.at("microseconds");
     // The entry is made behind the reply. A drive over midnight goes on counting.
-    double t = SecondOfDay(entry.at("time")) - start - took / 1000;
-    t += t < -kSecondsPerDay / 2 ? kSecondsPerDay : 0;
-    json exchange = {{"t", t},
-                     {"pid", nullptr},
-                     {"letter", request.substr(0, 1)},
-                     {"request", request},
-                     {"reply", entry.at("reply")},
-                     {"milliseconds", took},
-                     {"events", json::array()}};
-    const wire::Call* call = request.empty() ? nullptr : wire::FindCall(request[0]);
-    const std::string name = call == nullptr ? "" : call->export_name;
-    const int32_t result =
-        entry.at("reply").is_null()
-            ? kNoReply
-            : wire::ResultOfReply(request.empty() ? '\0' : request[0], entry.at("reply"));
-    exchange["export"] = name;
-    exchange["arguments"] = wire::ArgumentsOf(call, request);
-    exchange["result"] = result;
-    exchange["meaning"] = wire::DescribeResult(name, result);
-    return exchange;
+    seen.t = SecondOfDay(entry.at("time")) - start - static_cast<double>(seen.microseconds) / 1e6;
+    seen.t += seen.t < -kSecondsPerDay / 2 ? kSecondsPerDay : 0;
+    return tools::ExchangeOf(seen);
 }
 
 json ReadJournal(const std::string& path) {
     std::ifstream file(path);
-    if (!file)
-        throw CommandError("The journal " + path + " cannot be read.");
     json recording = {{"schema", 1},
                       {"device", std::filesystem::path(path).filename().string()},
                       {"recorded", ""},
@@ -91,18 +72,33 @@ json ReadJournal(const std::string& path) {
     return recording;
 }
 
+// A recording says in its first line what it is.
+bool IsJournal(const std::string& path) {
+    std::ifstream file(path);
+    std::string line;
+    if (std::filesystem::is_directory(path) || !std::getline(file, line))
+        return false;
+    const json first = json::parse(line, nullptr, false);
+    return first.is_object() && first.contains("generation");
+}
+
+json ReadEvents(const std::string& path) {
+    return !path.empty() && IsJournal(path) ? ReadJournal(path) : wire::ToJson(ReadRecording(path));
+}
+
 }  // namespace
 
 void AddPictureCommand(CLI::App& app, Session& session) {
     auto path = std::make_shared<std::string>();
     CLI::App* picture = app.add_subcommand(
         "picture",
-        "Write a page (HTML, on standard output) that shows a navigator's journal: map, requests, "
+        "Write a page (HTML, on standard output) that shows what a client did: map, requests, "
         "replies, message boxes");
-    picture->add_option("journal", *path, "The file that zelto-navigator --journal wrote")
-        ->required();
+    picture->add_option("file", *path,
+                        "A recording, or the file that zelto-navigator --journal wrote; else what "
+                        "the device remembers");
     picture->callback([=, &session] {
-        const json recording = ReadJournal(*path);
+        const json recording = ReadEvents(*path);
         session.Report(kExitSuccess, RenderPage(recording), recording);
     });
 }

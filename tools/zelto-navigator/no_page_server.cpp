@@ -1,0 +1,14 @@
+#include <stdexcept>
+
+#include "tools/zelto-navigator/page_server.h"
+
+namespace zelto::navigator {
+
+// In a build without cpp-httplib.
+std::unique_ptr<View> MakePageServer(int) {
+    throw std::runtime_error(
+        "this zelto-navigator was built without --view: it wants cpp-httplib "
+        "(package libcpp-httplib-dev) when it is built");
+}
+
+}  // namespace zelto::navigator
