@@ -66,6 +66,14 @@ TEST(Requests, ChangeTheModelOrAreRefused) {
                        {"T|2|t|x|3|4\n", "B|302"},
                        {"T|1|t|x|3|4s\n", "B|302"},
                        {"F|boxes\n", "G|1"},
+                       {"F|box-answer\n", "G|"},
+                       {"F|track 0\n", "G|"},
+                       {"F|track -1\n", "B|302"},
+                       {"M|b,,1,2,3,\n", "A|0"},
+                       {"M|a,,1,2,3,\n", "A|0"},
+                       {"F|waypoint-names 0\n", "G|a,b"},
+                       {"F|waypoint-names 1\n", "G|b"},
+                       {"F|waypoint-names 2\n", "G|"},
                        {"F|no such query\n", "B|304"},
                        {"F|route x\n", "B|304"}});
     EXPECT_FALSE(navigator.closing);

@@ -34,6 +34,28 @@ TEST(Picture, HoldsEachRequestOfAJournalWithItsResult) {
     EXPECT_NE(std::ranges::find(seen, "N|</script><b> 304"), seen.end());
 }
 
+// Without a recording, and with the navigator's own word for what came before one.
+TEST(Picture, OfADeviceShowsWhatItsNavigatorKnowsAndWhatItRemembers) {
+    NavigatorTest test;
+    Port({"waypoint", "add", "Plaza, a", "1", "2"});
+    for (const Words& words : {Words{"waypoint", "add", "Plaza", "42.5", "-2.25", "--icon", "a,b"},
+                               {"drive", "42.1,-2.2"},
+                               {"record", "on"},
+                               {"goto", "42.5", "-2.25"}})
+        EXPECT_EQ(Port(words).status, 0);
+    const nlohmann::json recording = RecordingOf(Port({"picture"}).output);
+    EXPECT_EQ(recording.at("exchanges").back().at("request"), "S|42.5000000,-2.2500000,,,0");
+    EXPECT_FALSE(recording.at("exchanges").back().at("events").empty());
+    const nlohmann::json& now = recording.at("now");
+    EXPECT_EQ(now.at("waypoints").size(), 1u);
+    EXPECT_EQ(now.at("waypoints")[0].at("icon"), "a,b");
+    EXPECT_EQ(now.at("position").at("latitude"), 42.1);
+    EXPECT_EQ(now.at("track").size(), 1u);
+    EXPECT_EQ(Port({"record", "save", test.device.Path() + "/kept"}).status, 0);
+    const auto kept = RecordingOf(Port({"picture", test.device.Path() + "/kept"}).output);
+    EXPECT_EQ(kept.at("exchanges")[1], recording.at("exchanges")[1]);
+}
+
 TEST(Picture, NamesTheLineThatIsNoEntry) {
     NavigatorTest test;
     EXPECT_EQ(Port({"goto", "1", "2"}).status, 0);

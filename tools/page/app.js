@@ -5,7 +5,7 @@ const PRINTED_ROWS = 2000; // what a page on paper takes before the browser labo
 // By the last and the last but one hexadecimal digit of a box's style.
 const BOX_BUTTONS = [["OK"], ["OK", "Cancel"], ["Abort", "Retry", "Ignore"], ["Yes", "No", "Cancel"],
                      ["Yes", "No"], ["Retry", "Cancel"]];
-const BOX_SIGNS = ["", "⛔", "❓", "⚠", "ℹ"];
+const BOX_SIGNS = ["", "×", "?", "!", "i"];
 
 const byId = (id) => document.getElementById(id);
 
@@ -82,7 +82,8 @@ class App {
     this.timeline.choose(index);
     const exchange = this.exchanges[index];
     byId("slider").setAttribute("aria-valuetext", exchange ? this.inWords(exchange) : "nothing recorded");
-    const state = this.model.after(index + 1);
+    const told = this.model.after(index + 1), { now } = this.recording;
+    const state = now && index === this.exchanges.length - 1 ? stateNow(now, told) : told;
     this.map.show(state);
     this.showState(state);
     this.showExchange(exchange);
@@ -143,7 +144,8 @@ class App {
     const sign = BOX_SIGNS[box.style >> 4 & 15];
     const part = (name) => byId("box").querySelector(`.box-${name}`);
     part("title").textContent = box.title;
-    part("text").textContent = (sign ? `${sign} ` : "") + box.text;
+    part("sign").textContent = sign ?? "";
+    part("text").textContent = box.text;
     part("numbers").textContent = `style ${box.style}, ${box.seconds} s` +
       (answered ? `, answered: ${this.answered.button}` : "");
     part("buttons").replaceChildren(...(BOX_BUTTONS[box.style & 15] ?? BOX_BUTTONS[0]).map((name) => {

@@ -109,6 +109,16 @@ function failed(exchange) {
   return exchange.result !== 0 && exchange.result !== null && exchange.result !== undefined;
 }
 
+// What the navigator says of itself, over what its requests tell.
+function stateNow(now, told) {
+  const waypoints = new Map(now.waypoints.map((waypoint) => [waypoint.name, waypoint]));
+  const { position, centre, destination } = now;
+  return { ...told, waypoints, route: now.route, destination, track: now.track,
+           centre: centre && { ...centre, metres: parseFloat(centre.description) || 0 },
+           position: position && { ...position, course: told.position?.course ?? null,
+                                   knots: told.position?.knots ?? null } };
+}
+
 class Model {
   constructor(exchanges) {
     this.exchanges = exchanges;

@@ -17,6 +17,10 @@ namespace zelto::tools {
 //   processes  [{pid, role: "client" or "navigator", program}]
 //   exchanges  [{t, pid, export, letter, request, arguments, reply, result, meaning,
 //              milliseconds, why, events: [{t, pid, what, detail}]}], by time; t in seconds
+//   now        may be there: the navigator's state behind the last exchange, as it says itself:
+//              {waypoints, route, destination, position, centre, track}; places are
+//              {name, description, icon, latitude, longitude, altitude}
+//   live       on the navigator's own page: {next: number of the exchange that comes next, state}
 // Bytes that are not UTF-8 appear as U+FFFD.
 std::string RenderPage(const nlohmann::json& recording);
 

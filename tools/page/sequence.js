@@ -1,6 +1,6 @@
 // The events below a request, as a small sequence diagram.
 
-const LANE = 200, STEP = 30, MARGIN = 90;
+const LANE = 150, STEP = 30, MARGIN = 60;
 
 // Which event of one side begins the arrow that an event of the other ends.
 const ARROWS = { taken: "announced", read: "written" };
@@ -21,7 +21,7 @@ function sequenceDiagram(events, processes) {
   if (!events || events.length === 0)
     return null;
   const lanes = laneOf(events, processes);
-  const height = 50 + events.length * STEP, width = MARGIN * 2 + (lanes.pids.length - 1) * LANE + 160;
+  const height = 50 + events.length * STEP, width = MARGIN * 2 + (lanes.pids.length - 1) * LANE + 60;
   const picture = svg("svg", { viewBox: `0 0 ${width} ${height}`, width, role: "img",
                                "aria-label": "Sequence of events; the list below tells the same in words" });
   picture.append(svg("defs", {}, svg("marker", { id: "tip", markerWidth: 8, markerHeight: 8, refX: 7, refY: 4, orient: "auto" },
@@ -31,15 +31,26 @@ function sequenceDiagram(events, processes) {
     name.textContent = lanes.name(pid);
     picture.append(name, svg("line", { class: "life", x1: lanes.x(pid), x2: lanes.x(pid), y1: 24, y2: height }));
   }
-  events.forEach((event, i) => picture.append(...eventMarks(events, i, lanes)));
+  const begins = beginnings(events);
+  events.forEach((event, i) => picture.append(...eventMarks(events, i, lanes, begins[i])));
   return picture;
 }
 
-function eventMarks(events, i, lanes) {
+// For each event the index of the one that its arrow comes from, -1 for none. One arrow each.
+function beginnings(events) {
+  const taken = new Set();
+  return events.map((event, i) => {
+    const begin = events.findIndex((other, j) => j < i && !taken.has(j) && other.pid !== event.pid &&
+                                                 other.what === ARROWS[event.what]);
+    taken.add(begin);
+    return begin;
+  });
+}
+
+function eventMarks(events, i, lanes, begin) {
   const event = events[i];
   const x = lanes.x(event.pid), y = 42 + i * STEP;
   const marks = [svg("path", { d: `M${x - 4} ${y} h8` })];
-  const begin = events.slice(0, i).findLastIndex((other) => other.what === ARROWS[event.what] && other.pid !== event.pid);
   if (begin >= 0)
     marks.push(svg("path", { d: `M${lanes.x(events[begin].pid)} ${42 + begin * STEP} L${x} ${y}`, "marker-end": "url(#tip)" }));
   const words = svg("text", { x: x + 10, y: y - 4 });

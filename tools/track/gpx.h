@@ -12,13 +12,6 @@ namespace zelto::track {
 // file without points, and for one whose points are all void: without a fix, or all at 0,0.
 Track ReadGpx(std::string_view text);
 
-struct NamedPlace {
-    std::string name;
-    std::string description;
-    std::string symbol;
-    Point point;
-};
-
 struct NamedRoute {
     std::string name;
     std::vector<NamedPlace> places;

@@ -22,6 +22,13 @@ struct Point {
 
 using Track = std::vector<Point>;
 
+struct NamedPlace {
+    std::string name;
+    std::string description;
+    std::string symbol;
+    Point point;
+};
+
 // A text that is no track; what() says where and why.
 class TrackError : public std::runtime_error {
   public:

@@ -21,7 +21,7 @@ void AddDeviceCommand(CLI::App& app, Session& session);
 void AddClockCommand(CLI::App& app, Session& session);
 void AddCrcCommand(CLI::App& app, Session& session);
 void AddDescribeCommand(CLI::App& app, Session& session);
-void AddPictureCommand(CLI::App& app, Session& session);
+void AddPictureCommand(CLI::App& app, ExportCaller& caller);
 void AddRunCommand(CLI::App& app, Session& session);
 void AddRecordCommand(CLI::App& app, Session& session);
 void AddTraceCommand(CLI::App& app, Session& session);

@@ -1,111 +1,23 @@
 // zeltoport export: what the stand-in navigator knows, as GPX.
 
-#include <fmt/core.h>
 #include <memory>
 
 #include "plugins/zelto_port_dll/zelto_port.h"
-#include "tools/text/wide.h"
 #include "tools/track/gpx.h"
-#include "tools/track/iso_time.h"
-#include "tools/zelto-navigator/fields.h"
 #include "tools/zeltoport/command.h"
+#include "tools/zeltoport/known_places.h"
 #include "tools/zeltoport/output_file.h"
 
 namespace zelto::tools {
 
 namespace {
 
-using navigator::TakeField;
-
-constexpr uint32_t kReplySize = 1024;
-
-// A question that was not answered, with the library's result.
-struct NoAnswer {
-    int32_t result;
-};
-
-std::string Ask(const std::string& query) {
-    std::string answer(kReplySize + 1, '\0');
-    const int32_t result = ZeltoNavPort_GetString(query.c_str(), kReplySize, answer.data());
-    if (result != ZELTO_NAV_PORT_OK)
-        throw NoAnswer{result};
-    answer.resize(answer.find('\0'));
-    return answer;
-}
-
-// "latitude,longitude[,altitude]" off the front.
-track::Point TakePoint(std::string_view& text) {
-    track::Point point;
-    point.place.latitude = navigator::ReadNumber(TakeField(text, ',')).value_or(0);
-    point.place.longitude = navigator::ReadNumber(TakeField(text, ',')).value_or(0);
-    point.altitude = navigator::ReadNumber(TakeField(text, ','));
-    return point;
-}
-
-track::NamedPlace AskWaypoint(const std::string& name) {
-    const std::string answer = Ask("waypoint " + name);
-    std::string_view rest = answer;
-    track::NamedPlace place;
-    place.name = name;
-    place.point = TakePoint(rest);
-    // Of a waypoint's texts only the icon may hold commas.
-    const size_t comma = rest.rfind(',');
-    place.symbol = rest.substr(0, comma);
-    place.description = comma == rest.npos ? "" : rest.substr(comma + 1);
-    return place;
-}
-
-std::vector<track::NamedPlace> AskWaypoints() {
-    std::vector<track::NamedPlace> waypoints;
-    for (;;) {
-        const std::string names = Ask(fmt::format("waypoint-names {}", waypoints.size()));
-        if (names.empty())
-            return waypoints;
-        for (std::string_view rest = names; !rest.empty();)
-            waypoints.push_back(AskWaypoint(std::string(TakeField(rest, ','))));
-    }
-}
-
-// Of "ddmmyy" and "hhmmss.sss".
-std::optional<int64_t> TimeOf(std::string_view date, std::string_view time) {
-    if (date.size() != 6 || time.size() < 6)
-        return std::nullopt;
-    const char* century = date.substr(4) < "80" ? "20" : "19";
-    return track::ReadIsoTime(fmt::format("{}{}-{}-{}T{}:{}:{}Z", century, date.substr(4),
-                                          date.substr(2, 2), date.substr(0, 2), time.substr(0, 2),
-                                          time.substr(2, 2), time.substr(4)));
-}
-
-track::Track AskTrack() {
-    track::Track track;
-    for (;;) {
-        const std::string points = Ask(fmt::format("track {}", track.size()));
-        if (points.empty())
-            return track;
-        for (std::string_view rest = points; !rest.empty();) {
-            std::string_view fields = TakeField(rest, ';');
-            track::Point point = TakePoint(fields);
-            const std::string_view date = TakeField(fields, ',');
-            point.time = TimeOf(date, fields);
-            track.push_back(point);
-        }
-    }
-}
-
-std::vector<track::NamedRoute> AskRoutes() {
+std::vector<track::NamedRoute> RoutesOf(const KnownPlaces& known) {
     std::vector<track::NamedRoute> routes;
-    const std::string route = Ask("route");
-    if (!route.empty())
-        routes.push_back({route, {}});
-    const std::string destination = Ask("destination");
-    if (!destination.empty()) {
-        std::string_view label = destination;
-        track::NamedPlace place;
-        place.point.place.latitude = navigator::ReadNumber(TakeField(label, ',')).value_or(0);
-        place.point.place.longitude = navigator::ReadNumber(TakeField(label, ',')).value_or(0);
-        place.name = label == "0" ? "destination" : label;
-        routes.push_back({"destination", {place}});
-    }
+    if (!known.route.empty())
+        routes.push_back({known.route, {}});
+    if (known.destination)
+        routes.push_back({"destination", {*known.destination}});
     return routes;
 }
 
@@ -113,7 +25,8 @@ void Run(ExportCaller& caller, const std::string& output) {
     if (!caller.Prepare())
         return;
     try {
-        const track::GpxFile file{AskWaypoints(), AskRoutes(), AskTrack()};
+        const KnownPlaces known = AskPlaces();
+        const track::GpxFile file{known.waypoints, RoutesOf(known), known.track};
         WriteOutput(output, track::WriteGpx(file, "zeltoport " ZELTO_VERSION));
         caller.Finish("ZeltoNavPort_GetString", ZELTO_NAV_PORT_OK, "",
                       {{"waypoints", file.waypoints.size()},

@@ -49,7 +49,7 @@ void AddCommands(CLI::App& app, Session& session, ExportCaller& caller) {
     AddClockCommand(app, session);
     AddCrcCommand(app, session);
     AddDescribeCommand(app, session);
-    AddPictureCommand(app, session);
+    AddPictureCommand(app, caller);
     AddRunCommand(app, session);
     AddRecordCommand(app, session);
     AddTraceCommand(app, session);

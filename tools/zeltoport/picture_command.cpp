@@ -6,10 +6,12 @@
 #include <fstream>
 #include <memory>
 
+#include "plugins/zelto_port_dll/zelto_port.h"
 #include "tools/page/page.h"
 #include "tools/page/seen_request.h"
 #include "tools/wire/explain.h"
 #include "tools/zeltoport/command.h"
+#include "tools/zeltoport/known_places.h"
 #include "tools/zeltoport/recordings.h"
 
 namespace zelto::tools {
@@ -82,24 +84,64 @@ bool IsJournal(const std::string& path) {
     return first.is_object() && first.contains("generation");
 }
 
+json PlaceInJson(const track::NamedPlace& place) {
+    return {{"name", place.name},
+            {"description", place.description},
+            {"icon", place.symbol},
+            {"latitude", place.point.place.latitude},
+            {"longitude", place.point.place.longitude},
+            {"altitude", place.point.altitude.value_or(0)}};
+}
+
+json StateInJson(const KnownPlaces& known) {
+    const auto maybe = [](const std::optional<track::NamedPlace>& place) {
+        return place ? PlaceInJson(*place) : json();
+    };
+    json state = {{"waypoints", json::array()},
+                  {"route", known.route},
+                  {"destination", maybe(known.destination)},
+                  {"position", maybe(known.position)},
+                  {"centre", maybe(known.centre)},
+                  {"track", json::array()}};
+    for (const track::NamedPlace& waypoint : known.waypoints)
+        state["waypoints"].push_back(PlaceInJson(waypoint));
+    for (const track::Point& point : known.track)
+        state["track"].push_back(
+            {{"latitude", point.place.latitude}, {"longitude", point.place.longitude}});
+    return state;
+}
+
+// What the navigator knows now; null where none runs, or one that does not tell.
+json AskState(ExportCaller& caller) {
+    try {
+        if (caller.Prepare(Connect::kNone) && ZeltoNavPort_IsOpen() == ZELTO_NAV_PORT_OK)
+            return StateInJson(AskPlaces());
+    } catch (const NoAnswer&) {
+        return nullptr;
+    }
+    return nullptr;
+}
+
 json ReadEvents(const std::string& path) {
     return !path.empty() && IsJournal(path) ? ReadJournal(path) : wire::ToJson(ReadRecording(path));
 }
 
 }  // namespace
 
-void AddPictureCommand(CLI::App& app, Session& session) {
+void AddPictureCommand(CLI::App& app, ExportCaller& caller) {
     auto path = std::make_shared<std::string>();
     CLI::App* picture = app.add_subcommand(
         "picture",
         "Write a page (HTML, on standard output) that shows what a client did: map, requests, "
         "replies, message boxes");
     picture->add_option("file", *path,
-                        "A recording, or the file that zelto-navigator --journal wrote; else what "
-                        "the device remembers");
-    picture->callback([=, &session] {
-        const json recording = ReadEvents(*path);
-        session.Report(kExitSuccess, RenderPage(recording), recording);
+                        "A recording, or the file that zelto-navigator --journal wrote; else the "
+                        "device as it is, and what it remembers");
+    picture->callback([=, &caller] {
+        json recording = ReadEvents(*path);
+        if (path->empty())
+            recording["now"] = AskState(caller);
+        caller.session().Report(kExitSuccess, RenderPage(recording), recording);
     });
 }
 
