@@ -65,6 +65,7 @@ TEST_F(PlatformObjects, MessageQueues) {
         {CALL(write(writer, "e\0", 2)), "1"},
         {CALL(write(writer, "f", 1)), "0 error 1460"},
         {CALL(write(writer, "now", 3, MSGQUEUE_MSGALERT)), "1"},
+        {CALL(write(writer, "more", 4, MSGQUEUE_MSGALERT)), "0 error 1460"},
         {CALL(read(reader, 8)), "1 now alert"},
         {CALL(read(reader, 3)), "0 error 122 abc"},
         {CALL(read(reader, 8)), std::string("1 e\0", 4)},
@@ -83,6 +84,8 @@ TEST_F(PlatformObjects, MessageQueues) {
         {CALL(create(u"r", {20, 0, 2, 4, FALSE}, other)), "1 error 183"},
         {CALL(read(lone, 8)), "0 error 1460"},
         {CALL(All({Close(lone), write(other, "x", 1)})), "1, 0 error 233"},
+        {CALL(create(u"r", {20, 0, 2, 4, TRUE}, unused)), "1 error 0", "the name is free again"},
+        {CALL(write(other, "x", 1)), "0 error 233"},
         {CALL(Answer(CreateMsgQueue(u"bad", nullptr) != nullptr)), "0 error 87"},
     });
 }
@@ -99,6 +102,7 @@ TEST_F(PlatformObjects, Events) {
         return Answer(EventModify(which, operation));
     };
     const std::u16string too_long(260, u'e');
+    const MSGQUEUEOPTIONS queue{20, 0, 9, 9, TRUE};
     CheckRows({
         {CALL(create(FALSE, FALSE, nullptr, event)), "1 error 0"},
         {CALL(All({Wait(event), Wait(event, 1)})), "258, 258"},
@@ -112,6 +116,10 @@ TEST_F(PlatformObjects, Events) {
         {CALL(create(TRUE, FALSE, u"e", second)), "1 error 183"},
         {CALL(All({Wait(second), Wait(first)})), "0, 258"},
         {CALL(create(FALSE, TRUE, u"E", unused)), "1 error 0"},
+        {CALL(All({Close(first), create(FALSE, TRUE, u"e", unused)})), "1, 1 error 183"},
+        {CALL(All({Close(second), Close(unused), create(FALSE, TRUE, u"e", unused)})),
+         "1, 1, 1 error 0"},
+        {CALL(Answer(CreateMsgQueue(u"e", &queue) != nullptr)), "1 error 0", "names of their own"},
         {CALL(create(FALSE, TRUE, too_long.c_str(), unused)), "0 error 87"},
         {CALL(create(FALSE, TRUE, u"a\\b", unused)), "0 error 87"},
         {CALL(modify(event, 4)), "0 error 87"},
@@ -179,6 +187,7 @@ TEST_F(PlatformObjects, Windows) {
 TEST_F(PlatformObjects, RegistryValues) {
     HKEY key = nullptr;
     DWORD made = 0;
+    BYTE byte = 0;
     const auto create = [&](LPCWSTR name) {
         const LONG result =
             RegCreateKeyExW(HKEY_LOCAL_MACHINE, name, 0, nullptr, 0, 0, nullptr, &key, &made);
@@ -212,6 +221,8 @@ TEST_F(PlatformObjects, RegistryValues) {
         {CALL(All({query(u"none", 16), query(nullptr, 16)})), "2, 2"},
         {CALL(All({set(nullptr, REG_DWORD, "abcd", 4), query(u"", 16)})), "0, 0 type 4 size 4"},
         {CALL(std::to_string(RegQueryValueExW(key, u"Value", &made, nullptr, nullptr, nullptr))),
+         "87"},
+        {CALL(std::to_string(RegQueryValueExW(key, u"Value", nullptr, nullptr, &byte, nullptr))),
          "87"},
         {CALL(All({std::to_string(RegCloseKey(key)), std::to_string(RegCloseKey(key))})), "0, 6"},
         {CALL(All({query(u"value", 16), open(key, u"x")})), "6, 6"},

@@ -1,5 +1,7 @@
 // Conversions and texts.
 
+#include <algorithm>
+
 #include "tests/platform/answers.h"
 
 namespace zelto::test {
@@ -152,13 +154,13 @@ TEST(Platform, TextArguments) {
 TEST(Platform, RunTimeTexts) {
     const auto sign = [](int value) { return std::to_string((value > 0) - (value < 0)); };
     const auto format = [](size_t size, const char* text, ...) {
-        std::string out(24, '#');
+        std::string out(48, '.');
         va_list arguments;
         va_start(arguments, text);
         const int result = _vsnprintf(out.data(), size, text, arguments);
         va_end(arguments);
-        return std::to_string(result) + ' ' +
-               out.substr(0, out.find_first_of(std::string("#\0", 2)));
+        std::replace(out.begin(), out.end(), '\0', '$');  // the end that was written
+        return std::to_string(result) + ' ' + out.substr(0, out.find_last_not_of('.') + 1);
     };
     CheckRows({
         {CALL(All(
@@ -168,11 +170,16 @@ TEST(Platform, RunTimeTexts) {
         {CALL(sign(_stricmp("\xC4", "\xE4"))), "-1"},
         {CALL(All({sign(_strnicmp("abX", "ABy", 2)), sign(_strnicmp("abX", "ABy", 3))})), "0, -1"},
         {CALL(All({sign(_strnicmp("a", "b", 0)), sign(_strnicmp("a\0x", "a\0y", 3))})), "0, 0"},
-        {CALL(format(24, "%I64d|%d", -7LL, 5)), "4 -7|5"},
-        {CALL(format(24, "%-4I64i|%+05I64d|%I64x", -7LL, 8LL, 255LL)), "13 -7  |+0008|ff"},
-        {CALL(format(24, "%%I64d %s", "%I64d")), "11 %I64d %I64d"},
+        {CALL(format(48, "%I64d|%d", -7LL, 5)), "4 -7|5$"},
+        {CALL(format(48, "%-4I64i|%+05I64d|%I64x", -7LL, 8LL, 255LL)), "13 -7  |+0008|ff$"},
+        {CALL(format(48, "%%I64d %s", "%I64d")), "11 %I64d %I64d$"},
         {CALL(format(5, "%s", "abcde")), "5 abcde"},
         {CALL(format(4, "%s", "abcde")), "-1 abcd"},
+        {CALL(format(0, "%s", "abcde")), "-1 "},
+        {CALL(format(6, "%s", "abcde")), "5 abcde$"},
+        {CALL(format(48, "%I64u %#I64X %I64o", ~0ULL, 255ULL, 8ULL)),
+         "28 18446744073709551615 0XFF 10$"},
+        {CALL(format(48, "%*I64d %s I64d %.3I64d", 4, 9LL, "x", 1LL)), "15    9 x I64d 001$"},
     });
 }
 

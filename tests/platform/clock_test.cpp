@@ -1,4 +1,3 @@
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -16,37 +15,10 @@ int64_t zelto::coredll::HostFileTime() {
 
 namespace {
 
-using zelto::coredll::kTicksPerDay;
 using zelto::test::Moment;
 using zelto::test::TextOf;
 
 constexpr DWORD kPreset = 77;
-
-int64_t Value(const FILETIME& time) {
-    return static_cast<int64_t>(uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
-}
-
-FILETIME Halves(uint64_t value) {
-    return {static_cast<DWORD>(value), static_cast<DWORD>(value >> 32)};
-}
-
-TEST(FileTime, DaysAgreeWithTheStandardCalendar) {
-    using namespace std::chrono;
-    const sys_days first = sys_days{year{1601} / 1 / 1};
-    const sys_days last = sys_days{year{30827} / 12 / 31};
-    for (sys_days day = first; day <= last;
-         day += days(day < sys_days{year{2401} / 1 / 1} ? 1 : 61)) {
-        const year_month_day date(day);
-        const FILETIME time = Halves(uint64_t((day - first).count()) * uint64_t{kTicksPerDay});
-        SYSTEMTIME result{};
-        FILETIME back{};
-        ASSERT_TRUE(FileTimeToSystemTime(&time, &result) && SystemTimeToFileTime(&result, &back));
-        ASSERT_TRUE(int{date.year()} == result.wYear && unsigned{date.month()} == result.wMonth &&
-                    unsigned{date.day()} == result.wDay && Value(back) == Value(time) &&
-                    weekday(day).c_encoding() == result.wDayOfWeek)
-            << TextOf(result);
-    }
-}
 
 class DeviceClock : public ::testing::Test {
   protected:

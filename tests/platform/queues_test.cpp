@@ -7,29 +7,6 @@ namespace {
 
 using Queues = SharedObjects;
 
-TEST_F(Queues, MessagesKeepOrderAndBoundsAndTheAlertGoesFirst) {
-    HANDLE writer = OpenQueue(TEXT("q"), false, MSGQUEUE_ALLOW_BROKEN, 3, 700);
-    HANDLE reader = OpenQueue(TEXT("q"), true);
-    const std::string longest(700, 'x');
-    SetLastError(kMarker);
-    EXPECT_TRUE(WriteText(writer, "one"));
-    EXPECT_TRUE(WriteText(writer, longest));
-    EXPECT_TRUE(WriteText(writer, std::string("\0\n", 2)));
-    EXPECT_EQ(GetLastError(), kMarker) << "success leaves the last error alone";
-    EXPECT_FALSE(WriteText(writer, "full"));
-    EXPECT_EQ(GetLastError(), ERROR_TIMEOUT);
-    EXPECT_TRUE(WriteText(writer, "now", 0, MSGQUEUE_MSGALERT)) << "the alert has its own place";
-    EXPECT_FALSE(WriteText(writer, "again", 0, MSGQUEUE_MSGALERT));
-    EXPECT_FALSE(WriteText(writer, longest + "x"));
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-
-    EXPECT_EQ(ReadText(reader), "alert now");
-    EXPECT_EQ(ReadText(reader), "one");
-    EXPECT_EQ(ReadText(reader), longest);
-    EXPECT_EQ(ReadText(reader), std::string("\0\n", 2));
-    EXPECT_EQ(ReadText(reader), "error 1460");
-}
-
 // Sizes whose blocks do not count in 32 bits.
 TEST_F(Queues, MessagesBeyondTheStoreAreRefused) {
     for (const DWORD size : {0xFFFFFFF0u, 0xFFFFFFFFu, 240u * 16384 + 1}) {
@@ -42,23 +19,6 @@ TEST_F(Queues, MessagesBeyondTheStoreAreRefused) {
         EXPECT_EQ(GetLastError(), ERROR_OUTOFMEMORY) << size;
         CloseMsgQueue(writer);
     }
-}
-
-TEST_F(Queues, WithoutAllowBrokenASideThatLeavesBreaksTheQueue) {
-    HANDLE reader = OpenQueue(TEXT("q"), true, 0);
-    EXPECT_EQ(ReadText(reader), "error 233") << "nobody writes yet";
-    HANDLE writer = OpenQueue(TEXT("q"), false, 0);
-    EXPECT_EQ(ReadText(reader), "error 1460") << "a queue without a peer is not spoilt";
-    WriteText(writer, "lost");
-    CloseMsgQueue(reader);
-    EXPECT_FALSE(WriteText(writer, "x"));
-    EXPECT_EQ(GetLastError(), ERROR_PIPE_NOT_CONNECTED);
-    HANDLE again = OpenQueue(TEXT("q"), true, 0);
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS) << "the name makes a queue of its own again";
-    EXPECT_FALSE(WriteText(writer, "x")) << "the old handle stays useless";
-    CloseMsgQueue(writer);
-    CloseMsgQueue(again);
-    EXPECT_TRUE(Report().queues.empty());
 }
 
 TEST_F(Queues, WithAllowBrokenTheContentsStayUntilTheLastHandle) {
@@ -99,16 +59,6 @@ TEST_F(Queues, MemoryIsPromisedAtCreationOrTakenPerMessage) {
     EXPECT_TRUE(WriteText(unlimited, large)) << "the memory of a message read is free again";
 }
 
-TEST_F(Queues, ABlockedReaderIsWokenByAnotherProcess) {
-    HANDLE reader = OpenQueue(TEXT("q"), true);
-    const pid_t child = Fork([] {
-        HANDLE writer = OpenQueue(TEXT("q"), false);
-        return WriteText(writer, "from afar") ? 0 : 1;
-    });
-    EXPECT_EQ(ReadText(reader, 5000), "from afar");
-    EXPECT_EQ(ExitStatus(child), 0);
-}
-
 TEST_F(Queues, ABlockedWriterIsWokenByRoom) {
     HANDLE writer = OpenQueue(TEXT("q"), false, MSGQUEUE_ALLOW_BROKEN, 1);
     WriteText(writer, "first");
@@ -130,22 +80,6 @@ TEST_F(Queues, AKilledWriterEndsAWaitThatNeedsIt) {
     ASSERT_EQ(ReadText(ready, 5000), "ready");
     Kill(child);
     EXPECT_EQ(ReadText(reader, INFINITE), "error 233");
-}
-
-TEST_F(Queues, ADeadProcessesMessagesDoNotPassForOurs) {
-    HANDLE reader = OpenQueue(TEXT("q"), true);
-    const pid_t child = Fork([] {
-        WriteText(OpenQueue(TEXT("only mine"), false), "stale");
-        WriteText(OpenQueue(TEXT("q"), false), "ready");
-        pause();
-        return 0;
-    });
-    ASSERT_EQ(ReadText(reader, 5000), "ready");
-    Kill(child);
-    HANDLE writer = OpenQueue(TEXT("only mine"), false);
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-    EXPECT_NE(writer, nullptr);
-    EXPECT_EQ(ReadText(OpenQueue(TEXT("only mine"), true)), "error 1460");
 }
 
 }  // namespace

@@ -69,6 +69,26 @@ TEST_F(StoreTest, ProcessesKilledAtAnyInstantLeaveNothing) {
         CloseMsgQueue(queue);
 }
 
+TEST_F(StoreTest, EventsThatSomebodyHoldsOutliveAKilledProcess) {
+    CreateEventW(nullptr, FALSE, FALSE, TEXT("first"));
+    HANDLE ready = CreateEventW(nullptr, FALSE, FALSE, TEXT("ready"));
+    const pid_t child = Fork([] {
+        CreateEventW(nullptr, FALSE, FALSE, TEXT("first"));
+        CreateEventW(nullptr, FALSE, FALSE, TEXT("lost"));
+        EventModify(CreateEventW(nullptr, FALSE, FALSE, TEXT("ready")), EVENT_SET);
+        pause();
+        return 0;
+    });
+    EXPECT_EQ(WaitForSingleObject(ready, 5000), WAIT_OBJECT_0);
+    HANDLE last = CreateEventW(nullptr, TRUE, TRUE, TEXT("last"));
+    Kill(child);
+    std::vector<std::u16string> names;
+    for (const coredll::EventReport& event : Report().events)
+        names.push_back(event.name);
+    EXPECT_EQ(names, (std::vector<std::u16string>{u"first", u"ready", u"last"}));
+    EXPECT_EQ(WaitForSingleObject(last, 0), WAIT_OBJECT_0);
+}
+
 // The next user of a dead process's slot was killed too, in the middle of taking it.
 TEST_F(StoreTest, ASlotTakenTwiceByTheDeadIsSwept) {
     coredll::Store* store = coredll::OpenStore();
@@ -173,78 +193,23 @@ TEST_F(StoreTest, AStoppedHolderOfALockIsNamedAndNotWaitedForLong) {
     EXPECT_EQ(coredll::StoreProblem(), "");
 }
 
-TEST_F(StoreTest, AnotherNamespaceIsRefusedWhileSomebodyUsesTheStore) {
-    const std::string path = device_.Device() + "/store";
-    ASSERT_EQ(coredll::StoreProblem(), "");
-    const auto seen_by_a_child = [] {
-        return ExitStatus(Fork([] {
+TEST_F(StoreTest, AnotherNamespaceOrStartIsRefusedWhileSomebodyUsesTheStore) {
+    const auto seen_by_a_child = [](const char* words) {
+        return ExitStatus(Fork([words] {
             const std::string why = coredll::StoreProblem();
-            return why.empty() ? 0 : why.find("namespace") != std::string::npos ? 1 : 2;
+            return why.empty() ? 0 : why.find(words) != std::string::npos ? 1 : 2;
         }));
     };
-    coredll::OpenStore()->pid_namespace[0] ^= 1;
-    EXPECT_EQ(seen_by_a_child(), 1);
-    EXPECT_EQ(Report().processes.size(), 1u) << "nobody was swept";
-    coredll::CloseStore();
-    EXPECT_EQ(seen_by_a_child(), 0) << "with all users gone it is made anew";
-}
-
-// Somebody connects and goes all the time while others sweep: the living keep their places.
-TEST_F(StoreTest, NobodyAliveIsSweptWhileOthersConnect) {
-    const auto come_and_go = [](bool sweep) {
-        for (int i = 0; i < 300; ++i) {
-            coredll::Store* store = coredll::OpenStore();
-            if (store == nullptr || !coredll::TokenIsCurrent(*store, coredll::MyToken()))
-                return 1;
-            if (sweep)
-                SweepDeadProcesses(*store);
-            if (i % 3 == 0 && ExitStatus(Fork([] { return Report().queues.size() == 0; })) != 1)
-                return 2;
-            if (!coredll::TokenIsCurrent(*store, coredll::MyToken()))
-                return 3;
-            if (!sweep)
-                coredll::CloseStore();
-        }
-        return 0;
-    };
-    const pid_t sweeper = Fork([&] { return come_and_go(true); });
-    const pid_t comer = Fork([&] { return come_and_go(false); });
-    EXPECT_EQ(ExitStatus(sweeper), 0);
-    EXPECT_EQ(ExitStatus(comer), 0);
-}
-
-// Random numbers all over the tables: calls fail or work, nobody ends and nothing waits for long.
-TEST_F(StoreTest, NothingReadFromTheStoreIsTrusted) {
-    constexpr size_t kTables = offsetof(coredll::Store, rings);
-    const pid_t child = Fork([] {
-        std::mt19937 random(20260102);
-        for (int round = 0; round < 400; ++round) {
-            HANDLE reader = OpenQueue(u"q", true);
-            HANDLE writer = OpenQueue(u"q", false);
-            WriteText(writer, std::string(700, 'x'));
-            coredll::Store* store = coredll::OpenStore();
-            auto* words = reinterpret_cast<uint32_t*>(store->processes);
-            const size_t count = (kTables - offsetof(coredll::Store, processes)) / 4;
-            const uint32_t values[] = {0, 1, 0xFFFFFFFF, 0x7FFFFFFF,
-                                       static_cast<uint32_t>(random())};
-            for (int i = 0; i < 20; ++i)
-                words[random() % (i % 2 == 0 ? 600 : count)] = values[random() % 5];
-            store->free_block = values[random() % 5];
-            store->end_top = values[random() % 5];
-            ReadText(reader);
-            WriteText(writer, "y");
-            PostMessageW(FindWindowW(TEXT("w"), nullptr), WM_USER, 0, 0);
-            CloseHandle(CreateEventW(nullptr, FALSE, FALSE, TEXT("e")));
-            coredll::StoreReport report;
-            coredll::DescribeStore(report, nullptr);
-            SweepDeadProcesses(*store);
-            CloseMsgQueue(reader);
-            CloseMsgQueue(writer);
-            coredll::CloseStore();
-        }
-        return 0;
-    });
-    EXPECT_EQ(ExitStatus(child), 0);
+    for (const char* words : {"namespace", "before the host started"}) {
+        ASSERT_EQ(coredll::StoreProblem(), "");
+        coredll::Store* store = coredll::OpenStore();
+        (words[0] == 'n' ? store->pid_namespace[0] : reinterpret_cast<uint32_t&>(store->boot_id)) ^=
+            1;
+        EXPECT_EQ(seen_by_a_child(words), 1);
+        EXPECT_EQ(Report().processes.size(), 1u) << "nobody was swept";
+        coredll::CloseStore();
+        EXPECT_EQ(seen_by_a_child(words), 0) << "with all users gone it is made anew";
+    }
 }
 
 // Files in the store's place, and what the refusal says of them.
@@ -288,16 +253,6 @@ TEST_F(StoreTest, AStoreThatIsNotOursIsRefusedWithAdvice) {
     }
     std::filesystem::remove_all(path);
     EXPECT_TRUE(coredll::StoreProblem().empty()) << "the advice works";
-}
-
-TEST_F(StoreTest, AStoreFromBeforeTheHostStartedIsEmptied) {
-    OpenQueue(TEXT("q"), true);
-    // As after a power cut: the slot, the queue and the lock are still taken.
-    coredll::Store* store = coredll::OpenStore();
-    store->boot_id[0] ^= 1;
-    store->lock.store(coredll::MyToken().Word());
-    const pid_t child = Fork([] { return Report().queues.empty() ? 0 : 1; });
-    EXPECT_EQ(ExitStatus(child), 0);
 }
 
 TEST_F(StoreTest, ADirectoryThatIsNotPrivateIsRefused) {

