@@ -84,15 +84,20 @@ void WriteLines(const char* name, int tokens, int count) {
         out << 1000 + random() % 9000 << (i % tokens == 0 ? '\n' : ' ');
 }
 
-int64_t SumOfFile(const char* name, uint32_t mode, int count) {
-    TFicheroITV file(Files().Device(name), zelto::FICH_READ | zelto::FICH_TEXT | mode);
-    int64_t sum = 0;
-    int value = 0;
-    for (int i = 0; i < count; ++i) {
+template <class Value, class Sum>
+Sum SumOfFields(const char* name, uint32_t mode) {
+    TFicheroITV file(Files().Device(name), zelto::FICH_READ | mode);
+    Sum sum = 0;
+    Value value = 0;
+    for (int i = 0; i < kIntegers; ++i) {
         file >> value;
         sum += value;
     }
     return sum;
+}
+
+int64_t SumOfFile(const char* name, uint32_t mode) {
+    return SumOfFields<int, int64_t>(name, zelto::FICH_TEXT | mode);
 }
 
 int64_t SumOfStream(const char* name) {
@@ -106,11 +111,10 @@ int64_t SumOfStream(const char* name) {
 
 void ReadIntegersAgainstIfstream(benchmark::State& state, uint32_t mode) {
     WriteLines("integers", 8, kIntegers);
-    if (SumOfFile("integers", mode, kIntegers) != SumOfStream("integers"))
+    if (SumOfFile("integers", mode) != SumOfStream("integers"))
         state.SkipWithError("the sums differ");
     Compare(
-        state, kIntegers,
-        [mode] { benchmark::DoNotOptimize(SumOfFile("integers", mode, kIntegers)); },
+        state, kIntegers, [mode] { benchmark::DoNotOptimize(SumOfFile("integers", mode)); },
         [] { benchmark::DoNotOptimize(SumOfStream("integers")); });
 }
 BENCHMARK_CAPTURE(ReadIntegersAgainstIfstream, stdio, 0)->UseManualTime();
@@ -120,9 +124,8 @@ void LongLinesAgainstShortOnes(benchmark::State& state, uint32_t mode) {
     WriteLines("long", 4000, kIntegers);
     WriteLines("short", 8, kIntegers);
     Compare(
-        state, kIntegers * 5.0,
-        [mode] { benchmark::DoNotOptimize(SumOfFile("long", mode, kIntegers)); },
-        [mode] { benchmark::DoNotOptimize(SumOfFile("short", mode, kIntegers)); });
+        state, kIntegers * 5.0, [mode] { benchmark::DoNotOptimize(SumOfFile("long", mode)); },
+        [mode] { benchmark::DoNotOptimize(SumOfFile("short", mode)); });
 }
 BENCHMARK_CAPTURE(LongLinesAgainstShortOnes, stdio, 0)->UseManualTime();
 BENCHMARK_CAPTURE(LongLinesAgainstShortOnes, memory, zelto::FICH_HANDLE)->UseManualTime();
@@ -152,14 +155,7 @@ void WriteDoubles(const char* name) {
 }
 
 double SumOfDoubles(uint32_t mode) {
-    TFicheroITV file(Files().Device("doubles"), zelto::FICH_READ | zelto::FICH_TEXT | mode);
-    double sum = 0;
-    double value = 0;
-    for (int i = 0; i < kIntegers; ++i) {
-        file >> value;
-        sum += value;
-    }
-    return sum;
+    return SumOfFields<double, double>("doubles", zelto::FICH_TEXT | mode);
 }
 
 double SumByFromChars() {
@@ -239,14 +235,7 @@ BENCHMARK_CAPTURE(ReadLinesAgainstGetline, memory, zelto::FICH_HANDLE)
     ->UseManualTime();
 
 int64_t SumOfBinary(uint32_t mode) {
-    TFicheroITV file(Files().Device("binary"), zelto::FICH_READ | zelto::FICH_BINARY | mode);
-    int64_t sum = 0;
-    int value = 0;
-    for (int i = 0; i < kIntegers; ++i) {
-        file >> value;
-        sum += value;
-    }
-    return sum;
+    return SumOfFields<int, int64_t>("binary", zelto::FICH_BINARY | mode);
 }
 
 // The handle stream against the other one.

@@ -9,7 +9,9 @@
 namespace zelto {
 namespace {
 
-constexpr double kSecondsTo1970 = 11644473600.0;  // from the system calendar's start in 1601
+// From the start of the system's calendar in 1601. The Linux layer has the same distance in
+// ticks.h for itself: the system's headers name none, and they are all that this layer may see.
+constexpr double kSecondsTo1970 = 11644473600.0;
 constexpr double kMissingDate = 268435455.0;
 constexpr uint32_t kSecondsPerDay = 86400;
 

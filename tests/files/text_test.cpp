@@ -95,12 +95,7 @@ TEST_F(TextTest, WantsTextReading) {
         Put("text", "1");
         TFicheroITV file(Name("text"), mode);
         DString token;
-        try {
-            file.get_dato_texto(token);
-            ADD_FAILURE() << mode;
-        } catch (const char* text) {
-            EXPECT_STREQ(text, "Error en get_dato_texto");
-        }
+        EXPECT_THROW(file.get_dato_texto(token), const char*) << mode;
     }
 }
 

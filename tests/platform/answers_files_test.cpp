@@ -1,32 +1,21 @@
 // Files, folders and their names.
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
 
 #include "tests/platform/answers.h"
-#include "tests/support/temp_device.h"
+#include "tests/platform/host_files.h"
 
 namespace zelto::test {
 namespace {
 
 constexpr DWORD kRead = GENERIC_READ, kWrite = GENERIC_WRITE, kBoth = GENERIC_READ | GENERIC_WRITE;
 
-class PlatformFiles : public testing::Test {
+class PlatformFiles : public HostFiles {
   protected:
-    std::string Host(const std::string& name) const { return device_.Path() + "/" + name; }
-    std::u16string Wide(const std::string& name) const { return WidePath(Host(name)); }
-    void Put(const std::string& name, const std::string& text = "") const {
-        std::ofstream(Host(name), std::ios::binary) << text;
-    }
     void PutReadOnly(const std::string& name) const {
         Put(name, "fixed");
         std::filesystem::permissions(Host(name), std::filesystem::perms::owner_read);
-    }
-    std::string Get(const std::string& name) const {
-        std::ifstream in(Host(name), std::ios::binary);
-        return in ? std::string(std::istreambuf_iterator<char>(in), {}) : "(missing)";
     }
     // Every call on a name: nonzero is success.
     template <class Call>
@@ -82,8 +71,6 @@ class PlatformFiles : public testing::Test {
             text += (text.empty() ? "" : " ") + name;
         return text;
     }
-
-    TempDevice device_;
 };
 
 TEST_F(PlatformFiles, Opening) {

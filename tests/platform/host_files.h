@@ -19,7 +19,7 @@ class HostFiles : public testing::Test {
   protected:
     std::string Host(const std::string& name) const { return device_.Path() + "/" + name; }
     std::u16string Wide(const std::string& name) const { return WidePath(Host(name)); }
-    void Put(const std::string& name, const std::string& text) const {
+    void Put(const std::string& name, const std::string& text = "") const {
         std::ofstream(Host(name), std::ios::binary) << text;
     }
     std::string Get(const std::string& name) const {

@@ -85,17 +85,6 @@ TEST(Threads, EndForAllWaitersAndAreGoneThen) {
         waiter.join();
 }
 
-TEST(Threads, GoOnWithoutTheirHandle) {
-    const HANDLE done = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    const LPTHREAD_START_ROUTINE set = [](void* event) {
-        return DWORD(EventModify(event, EVENT_SET));
-    };
-    const HANDLE thread = CreateThread(nullptr, 0, set, done, 0, nullptr);
-    EXPECT_TRUE(CloseHandle(thread));
-    EXPECT_EQ(WaitForSingleObject(done, INFINITE), WAIT_OBJECT_0);
-    CloseHandle(done);
-}
-
 TEST(Threads, PriorityIsRecordedAndLowersTheHostsToo) {
     setpriority(PRIO_PROCESS, 0, getpriority(PRIO_PROCESS, 0) + 3);
     const int process = getpriority(PRIO_PROCESS, 0);
@@ -131,28 +120,6 @@ TEST(ThreadNameDeathTest, IsGivenByOneExceptionAndOthersEndTheProcess) {
     EXPECT_EQ(NameOf(own), "own");
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(RaiseException(0xC0000005, 0, 0, nullptr), "0xC0000005");
-}
-
-TEST(CriticalSection, TakesOneLeaveForEachEntry) {
-    CRITICAL_SECTION section;
-    InitializeCriticalSection(&section);
-    const auto free_for_others = [&] {
-        BOOL entered = FALSE;
-        std::thread([&] {
-            entered = TryEnterCriticalSection(&section);
-            if (entered)
-                LeaveCriticalSection(&section);
-        }).join();
-        return entered;
-    };
-    EXPECT_TRUE(free_for_others());
-    EnterCriticalSection(&section);
-    EXPECT_TRUE(TryEnterCriticalSection(&section));
-    LeaveCriticalSection(&section);
-    EXPECT_FALSE(free_for_others());
-    LeaveCriticalSection(&section);
-    EXPECT_TRUE(free_for_others());
-    DeleteCriticalSection(&section);
 }
 
 }  // namespace

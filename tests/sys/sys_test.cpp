@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <thread>
 
 #include "common/sys/sync.h"
@@ -64,9 +65,11 @@ class Worker : public Thread {
   public:
     Worker() : Thread(DString("worker")) {}
     int Run() override {
+        prctl(PR_GET_NAME, name);
         finish.Wait(INFINITE);
         return 77;
     }
+    char name[16] = "";
     Event finish;
 };
 
@@ -86,6 +89,7 @@ TEST(Thread, RunsItsBodyAndReportsItsEnd) {
     worker.finish.Set();
     EXPECT_EQ(WaitForSingleObject(worker.Handle(), 10000), WAIT_OBJECT_0);
     EXPECT_EQ(worker.Running(), 0);
+    EXPECT_STREQ(worker.name, "worker");
     EXPECT_TRUE(CloseHandle(worker.Handle()));
 }
 

@@ -118,22 +118,6 @@ TEST(CodepageTable, EncodesEveryUnitAsTheNaiveWay) {
     }
 }
 
-// The search takes in one entry behind the pages, which counts as byte 128.
-TEST(CodepageTable, TheEntryBehindThePagesCounts) {
-    CodepageTable table{};
-    table.page_count = 1;
-    table.mapping[5] = 0x2600;
-    EXPECT_EQ(FindTableByte(table, 0x2600), 133);
-    table.mapping[128] = 0x2600;
-    EXPECT_EQ(FindTableByte(table, 0x2600), 128) << "the last match counts";
-    table.mapping[129] = 0x2601;
-    EXPECT_EQ(FindTableByte(table, 0x2601), 0);
-    table.page_count = 5;
-    table.folding[0][0] = 0x02;  // the entry behind the fifth page
-    table.folding[0][1] = 0x26;
-    EXPECT_EQ(FindTableByte(table, 0x2602), 128);
-}
-
 TEST(CodepageTable, HonoursARecordThatItsOwnerChanges) {
     CodepageRegistry registry;
     const CodepageTable table = ArabicTable();

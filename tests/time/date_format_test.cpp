@@ -7,7 +7,6 @@
 #include <tuple>
 #include <utility>
 
-#include "common/time/date_parse.h"
 #include "common/time/month_names.h"
 #include "tests/time/date_support.h"
 
@@ -15,17 +14,12 @@ namespace zelto {
 namespace {
 
 using Formatter = void (*)(const DDateTime&, DString&);
-using Parser = bool (*)(DDateTime&, const char*);
 
 constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
 constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
 
 void FormatDottedShortYear(const DDateTime& value, DString& out) {
     FormatDayMonthShortYear(value, '.', out);
-}
-
-void FormatDashedShortYear(const DDateTime& value, DString& out) {
-    FormatDayMonthShortYear(value, '-', out);
 }
 
 // Layouts, each with the text it gives.
@@ -103,46 +97,6 @@ TEST(DateFormat, Durations) {
         DString out("old");
         FormatDuration(DDuration{seconds}, out);
         EXPECT_STREQ(out.c_str(), text);
-    }
-}
-
-TEST(DateFormat, EveryDateOfTwoCenturiesComesBack) {
-    struct Pair {
-        Formatter format;
-        Parser parse;
-        bool short_year, time;
-    };
-    const Pair pairs[] = {
-        Pair{FormatIsoDate, ParseDate, false, false},
-        Pair{FormatIsoDate, ParseYearMonthDay, false, false},
-        Pair{FormatDayMonthYear, ParseDate, false, false},
-        Pair{FormatDayMonthYear, ParseDayMonthYear, false, false},
-        Pair{FormatDashedShortYear, ParseDayMonthYear, true, false},
-        Pair{FormatDayMonthNameYear, ParseDayMonthNameYear, false, false},
-        Pair{FormatDayMonthNameShortYear, ParseDayMonthNameYear, true, false},
-        Pair{FormatDateTime, ParseDayMonthYearThenTime, true, true},
-        Pair{FormatDateTimeDayMonthYear, ParseDayMonthYearThenTime, false, true},
-        Pair{FormatDateTimeMonthName, ParseDayMonthNameYearThenTime, false, true},
-        Pair{FormatDateTimeMonthNameShortYearMillis, ParseDayMonthNameYearThenTime, true, true},
-        Pair{FormatDateTimeIso, ParseDate, false, true}};
-    using std::chrono::year;
-    int32_t second = 0;
-    DString text;
-    for (std::chrono::sys_days day = year(1900) / 1 / 1; day < year(2101) / 1 / 1;
-         day += std::chrono::days(1)) {
-        second = (second + 7919) % 86400;
-        const DDateTime whole = OnDay(day, second, 0);
-        for (const auto& pair : pairs) {
-            if (pair.short_year && (whole.year < 1951 || whole.year > 2050))
-                continue;
-            DDateTime expected = pair.time ? whole : DDateTime(whole.day, whole.month, whole.year);
-            if (pair.format == FormatDateTimeMonthNameShortYearMillis)
-                expected.seconds += 0.625F;
-            pair.format(expected, text);
-            DDateTime value;
-            ASSERT_TRUE(pair.parse(value, text.c_str())) << text.c_str();
-            ASSERT_EQ(value, expected) << text.c_str();
-        }
     }
 }
 

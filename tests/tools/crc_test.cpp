@@ -32,20 +32,17 @@ TEST(CrcCommand, ShowsWhatGzipShows) {
     }
 }
 
-TEST(CrcCommand, StampsAndChecks) {
+TEST(CrcCommand, SaysWhetherEachFileHolds) {
     const TempDevice device;
     const std::string path = device.Path() + "/a";
     const std::string missing = device.Path() + "/none";
     WriteWholeFile(path, "123456789");
     EXPECT_EQ(Port({"crc", "check", path}).status, 1);
     EXPECT_EQ(Port({"crc", "add", path}).output, "cbf43926  " + path + "\n");
-    EXPECT_EQ(ReadWholeFile(path), "123456789\x26\x39\xF4\xCB");
     EXPECT_EQ(Port({"crc", "check", path, path}).status, 0);
-    EXPECT_EQ(Port({"crc", "check", path, missing}).status, 2);
-    EXPECT_EQ(Port({"crc", "add", missing}).status, 2);
-    EXPECT_EQ(Port({"--json", "crc", "show", missing}).output,
-              "{\"command\":\"crc show\",\"files\":[{\"error\":\"could not be read\",\"path\":\"" +
-                  missing + "\",\"success\":false}],\"schema\":1,\"status\":2}\n");
+    const Outcome both = Port({"--json", "crc", "check", path, missing});
+    EXPECT_EQ(both.status, 2);
+    EXPECT_NE(both.output.find("could not be read"), std::string::npos) << both.output;
 }
 
 }  // namespace

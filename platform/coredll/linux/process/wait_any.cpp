@@ -1,4 +1,5 @@
-// Waiting on a handle of any kind that can be waited on.
+// Waiting on a handle of any kind that can be waited on; above events and threads, which know
+// nothing of each other.
 
 #include "platform/coredll/api/events.h"
 #include "platform/coredll/linux/base/handle_table.h"

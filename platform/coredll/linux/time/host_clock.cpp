@@ -1,3 +1,5 @@
+// Alone, so that tests put a clock of their own in its place.
+
 #include "platform/coredll/linux/time/host_clock.h"
 
 #include <time.h>
