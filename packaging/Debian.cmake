@@ -59,7 +59,7 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/python/zeltoport" DESTINATION lib/python3/dist-packages
   COMPONENT python FILES_MATCHING PATTERN "*.py")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs/" DESTINATION share/doc/libzelto-port-dev
-  COMPONENT development FILES_MATCHING PATTERN "*.md")
+  COMPONENT development FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION share/doc/libzelto-port-dev
   COMPONENT development PATTERN CMakeLists.txt EXCLUDE PATTERN __pycache__ EXCLUDE)
 

@@ -20,6 +20,18 @@ endfunction()
 
 set(header "${PROJECT_SOURCE_DIR}/plugins/zelto_port_dll/zelto_port.h")
 make_manual(library library "${header}" DEPENDS "${header}")
+# Pages of docs/ that have a manual: NAME.SECTION:FILE.
+set(documents zelto-protocol.7:protocol zelto-device.7:device-layer zelto-request.7:a-requests-way
+    zelto-record-files.5:record-files zelto-registry.5:registry-format
+    zelto-codepage-tables.5:codepage-tables)
+foreach(document ${documents})
+  string(REGEX MATCH "(.*)\\.([0-9]):(.*)" parts ${document})
+  set(page "${PROJECT_SOURCE_DIR}/docs/${CMAKE_MATCH_3}.md")
+  make_manual(${CMAKE_MATCH_1} document "${page}" ${CMAKE_MATCH_1} ${CMAKE_MATCH_2}
+    DEPENDS "${page}")
+endforeach()
+install(DIRECTORY "${manuals}/man/man5" "${manuals}/man/man7" DESTINATION "${CMAKE_INSTALL_MANDIR}"
+  COMPONENT development)
 install(DIRECTORY "${manuals}/man/man3" DESTINATION "${CMAKE_INSTALL_MANDIR}"
   COMPONENT development)
 if(ZELTO_BUILD_TOOLS)

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Writes manual pages and shell completions from what states the facts: the public header, and the
-programs' own help.
+"""Writes manual pages and shell completions from what states the facts: the public header, the
+programs' own help, and docs/.
 
     make-manual.py FOLDER library HEADER
     make-manual.py FOLDER program PROGRAM
+    make-manual.py FOLDER document PAGE.md NAME SECTION
 
-Pages go to FOLDER/man/man1 and man3, completions to FOLDER/bash, zsh and fish.
+Pages go to FOLDER/man/manSECTION, completions to FOLDER/bash, zsh and fish.
 """
 
 import gzip
@@ -27,9 +28,12 @@ def roff(text):
 
 
 def write_page(folder, name, section, purpose, sections):
-    page = f".TH {name} {section}\n.SH NAME\n{name} \\- {roff(purpose)}\n"
-    for title, text in sections:
-        page += f".SH {title}\n.nf\n{roff(text)}\n.fi\n"
+    save_page(folder, name, section, purpose,
+              "".join(f".SH {title}\n.nf\n{roff(text)}\n.fi\n" for title, text in sections))
+
+
+def save_page(folder, name, section, purpose, body):
+    page = f".TH {name} {section}\n.SH NAME\n{name} \\- {roff(purpose)}\n{body}"
     target = folder / "man" / f"man{section}"
     target.mkdir(parents=True, exist_ok=True)
     (target / f"{name}.{section}.gz").write_bytes(gzip.compress(page.encode(), 9, mtime=0))
@@ -62,6 +66,38 @@ def write_library(folder, header):
             ("DESCRIPTION", "\n\n".join(forms)),
             ("SEE ALSO", "ZeltoNavPort(3): conventions, results, waits"),
         ])
+
+
+def plain(text):
+    """A line of a document without its marks: links become their words, code its text."""
+    text = re.sub(r"\[([^]]*)\]\([^)]*\)", r"\1", text)
+    return roff(re.sub(r"`|\*\*|\\(?=\|)", "", text))
+
+
+def document_body(lines):
+    """A document of docs/ as a page: headings, paragraphs, lists; code and tables stand as they are."""
+    body, fenced = "", False
+    for line in lines:
+        kept = fenced or line.startswith(("    ", "|"))
+        if line.startswith("```"):
+            fenced = not fenced
+        elif line.startswith("#") and not fenced:
+            body += f".SH {plain(line.lstrip('# '))}\n"
+        elif not line.strip():
+            body += ".PP\n"
+        elif kept:
+            body += f".nf\n{plain(line) if line.startswith('|') else roff(line)}\n.fi\n"
+        elif item := re.match(r"(-|\d+\.) +(.*)", line):
+            body += f".IP {roff(item[1])} 4\n{plain(item[2])}\n"
+        else:
+            body += plain(line.strip()) + "\n"
+    return body.replace(".fi\n.nf\n", "")
+
+
+def write_document(folder, page, name, section):
+    title, *lines = page.read_text().splitlines()
+    save_page(folder, name, section, plain(title.lstrip("# ")).replace("\\-", "-"),
+              ".SH DESCRIPTION\n" + document_body(lines))
 
 
 class Command:
@@ -153,7 +189,8 @@ def write_program(folder, program):
 
 def main():
     folder, kind, source = pathlib.Path(sys.argv[1]), sys.argv[2], pathlib.Path(sys.argv[3])
-    {"library": write_library, "program": write_program}[kind](folder, source)
+    writers = {"library": write_library, "program": write_program, "document": write_document}
+    writers[kind](folder, source, *sys.argv[4:])
 
 
 if __name__ == "__main__":

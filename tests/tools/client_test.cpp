@@ -1,5 +1,6 @@
 // zeltoport and a running navigator: two processes and the shared library between them.
 
+#include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
@@ -83,7 +84,7 @@ TEST(Client, FeedsTheDriveAndCountsWhatIsRefused) {
     EXPECT_NE(bad.output.find("199 sentences taken, 1 not"), std::string::npos) << bad.output;
 }
 
-TEST(Client, ExamplesRunAndTheReadmeShowsTheFirst) {
+TEST(Client, ExamplesRunAndTheReadmeShowsThem) {
     const NavigatorTest test;
     const Outcome first = RunProgram({ZELTO_FIRST_CLIENT_CPP});
     EXPECT_EQ(first.status, 0);
@@ -92,9 +93,13 @@ TEST(Client, ExamplesRunAndTheReadmeShowsTheFirst) {
     EXPECT_EQ(second.status, 0);
     EXPECT_EQ(second.output, "result 0, position 42.846700,-2.672700\n");
     const std::string source = std::string(ZELTO_SOURCE_DIR);
-    EXPECT_NE(ReadWholeFile(source + "/README.md")
-                  .find("```cpp\n" + ReadWholeFile(source + "/examples/first_client.cpp") + "```"),
-              std::string::npos);
+    const std::string readme = ReadWholeFile(source + "/README.md");
+    for (const char* example :
+         {"cpp\n/first_client.cpp", "c\n/first_client.c", "python\n/python/first_client.py"}) {
+        const std::string fence(example, std::strchr(example, '/'));
+        const std::string file = ReadWholeFile(source + "/examples" + std::strchr(example, '/'));
+        EXPECT_NE(readme.find("```" + fence + file + "```"), std::string::npos) << example;
+    }
 }
 
 TEST(Client, EachExitStatusHasItsCase) {
