@@ -26,8 +26,9 @@ inline std::u16string WidePath(const std::string& path) {
     return wide;
 }
 
-// Makes the folder and an empty device in it, and names that device in ZELTO_DEVICE until it is
-// destroyed. One at a time in a process. Throws std::runtime_error where no folder is to be had.
+// Makes the folder and an empty device in it, and names that device in ZELTO_DEVICE, and the folder
+// as the place of recordings, until it is destroyed. One at a time in a process. Throws
+// std::runtime_error where no folder is to be had.
 class TempDevice {
   public:
     TempDevice() {
@@ -40,8 +41,10 @@ class TempDevice {
         if (mkdir(Device().c_str(), 0700) != 0)
             throw std::runtime_error("no device in the temporary folder");
         setenv("ZELTO_DEVICE", Device().c_str(), 1);
+        setenv("XDG_STATE_HOME", path_.c_str(), 1);
     }
     ~TempDevice() {
+        unsetenv("XDG_STATE_HOME");
         if (previous_.empty())
             unsetenv("ZELTO_DEVICE");
         else
