@@ -3,7 +3,9 @@
 set(config_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZeltoPORT")
 set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
-configure_file(ZeltoPORTConfig.cmake "${PROJECT_BINARY_DIR}/ZeltoPORTConfig.cmake" COPYONLY)
+foreach(file IN ITEMS ZeltoPORTConfig.cmake ZeltoAddClientTest.cmake)
+  configure_file(${file} "${PROJECT_BINARY_DIR}/${file}" COPYONLY)
+endforeach()
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/ZeltoPORTConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
 export(EXPORT ZeltoPORTTargets NAMESPACE ZeltoPORT::
@@ -11,6 +13,7 @@ export(EXPORT ZeltoPORTTargets NAMESPACE ZeltoPORT::
 install(EXPORT ZeltoPORTTargets NAMESPACE ZeltoPORT:: DESTINATION "${config_dir}"
   COMPONENT development)
 install(FILES "${PROJECT_BINARY_DIR}/ZeltoPORTConfig.cmake"
+              "${PROJECT_BINARY_DIR}/ZeltoAddClientTest.cmake"
               "${PROJECT_BINARY_DIR}/ZeltoPORTConfigVersion.cmake"
   DESTINATION "${config_dir}" COMPONENT development)
 

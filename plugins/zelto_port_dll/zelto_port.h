@@ -19,7 +19,8 @@
  *  6. Truth values are integers, zero or not.
  *  7. Threads: the connection is one per process and holds no lock. Call from any thread, but
  *     from one at a time. Two client processes of one device disturb each other: their queues can
- *     have the same names, and then either may get the other's answer or none.
+ *     have the same names, and then either may get the other's answer or none. `zeltoport trace`
+ *     and `zeltoport why` warn wherever that happened.
  *  8. Waits: a request takes at most 4 s to be written (11 s when a second attempt is needed) and
  *     0.5 s to be answered. ZeltoNavPort_Init says its own. Where another process of the device
  *     was stopped in the middle of a call, the first wait for it adds 2 s; calls then fail.

@@ -165,6 +165,8 @@ std::string Why(const Exchange& exchange) {
                    : "the client has not waited for the reply to its end";
     if (*result == ZELTO_NAV_PORT_OK)
         return "";
+    if (exchange.GaveUpUnannounced())
+        return "not announced: the navigator's window was gone";
     if (exchange.announce_error != 0)
         return WhyNotAnnounced(exchange);
     if (exchange.write_error != 0)
@@ -223,7 +225,7 @@ std::vector<std::pair<std::string, std::string>> FieldsOf(const Call& call,
         const std::string_view name = names.substr(0, stop);
         names = stop == names.npos ? std::string_view() : names.substr(stop + 1);
         const size_t end = names.empty() ? text.npos : text.find(call.separator);
-        if (!name.empty())
+        if (!name.empty() && name != "0")  // which is sent where a call has no arguments
             fields.emplace_back(name, text.substr(0, end));
         text = end == text.npos ? std::string_view() : text.substr(end + 1);
     }

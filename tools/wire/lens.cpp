@@ -56,11 +56,17 @@ int32_t ResultOfReply(char letter, const std::string& reply) {
 }
 
 const Call* Exchange::FindCall() const {
+    if (request == "F|0")  // the question with which the library connects
+        return wire::FindCall("ZeltoNavPort_Init");
     return request.empty() ? nullptr : wire::FindCall(request[0]);
 }
 
+bool Exchange::GaveUpUnannounced() const {
+    return announced == 0 && request.empty() && reply.empty() && (client_left || client_ended);
+}
+
 std::optional<int32_t> Exchange::Result() const {
-    if (announce_error != 0)
+    if (announce_error != 0 || GaveUpUnannounced())
         return ZELTO_NAV_PORT_NOT_ANNOUNCED;
     if (write_error != 0)
         return static_cast<int32_t>(write_error);
@@ -105,6 +111,13 @@ Exchange& Lens::Begin(const WitnessEvent& event, int32_t generation) {
     exchange.generation = generation;
     exchange.start = event.monotonic_ns;
     exchange.start_wall = event.wall_ns;
+    // Until it writes a request: the one before it has not been answered, and is announced again.
+    const auto before = last_.find(event.process);
+    if (before != last_.end() && !exchanges_[before->second].reply_read) {
+        const size_t first = exchanges_[before->second].repeats;
+        exchange.repeats = first != 0 ? first : before->second + 1;
+    }
+    last_[event.process] = exchanges_.size();
     of_client_[{event.process, generation}] = exchanges_.size();
     exchanges_.push_back(exchange);
     return exchanges_.back();
@@ -158,14 +171,6 @@ void Lens::TakeAnnouncement(const WitnessEvent& event, int32_t generation) {
     exchange->window = event.window;
     if (event.code != 0)
         exchange->end = event.monotonic_ns;
-    // Until it writes a request: the one before it has not been answered, and is announced again.
-    const auto index = static_cast<size_t>(exchange - exchanges_.data());
-    const auto before = last_.find(event.process);
-    if (before != last_.end() && !exchanges_[before->second].reply_read) {
-        const size_t first = exchanges_[before->second].repeats;
-        exchange->repeats = first != 0 ? first : before->second + 1;
-    }
-    last_[event.process] = index;
     if (const auto owner = owners_.find(event.window); owner != owners_.end())
         exchange->navigator = owner->second;
     exchange->events.push_back(next_event_);
@@ -218,6 +223,7 @@ void Lens::ClientSide(Exchange& exchange, const WitnessEvent& event, bool reques
                        event.kind == WitnessKind::kRefused;
     if (waits)
         exchange.end = event.monotonic_ns;
+    exchange.client_left |= event.kind == WitnessKind::kQueueClosed;
     if (request_queue) {
         if (event.kind == WitnessKind::kWritten || event.kind == WitnessKind::kRefused) {
             exchange.request = WithoutLineFeed(event.bytes);

@@ -49,8 +49,11 @@ struct Exchange {
     bool navigator_stopped = false;
     bool navigator_ended = false;
     bool client_ended = false;
+    bool client_left = false;    // it closed the queues
     std::vector<size_t> events;  // indices into the recording, in order
 
+    // The client made its queues and left, with nothing announced and nothing written.
+    bool GaveUpUnannounced() const;
     // Null when no request was seen, or no function sends such a one.
     const Call* FindCall() const;
     // The library's result; nothing while the exchange goes on or was given up.

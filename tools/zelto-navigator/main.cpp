@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/core.h>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 #include "platform/coredll/linux/device_admin.h"
@@ -40,7 +42,10 @@ std::string Manual() {
     text += "\nThe device is the directory named by ZELTO_DEVICE, else the user's default;\n";
     text += "\"zeltoport device init\" makes it. Started by a client, or with its output sent to\n";
     text += "/dev/null, it appends what it prints to navigator.log there.\n";
-    text += "Exit status: 0 closed, 1 no device, no window, no journal or no\nport for the view.";
+    text += "Exit status: 0 closed, 1 no device, no window, no journal or no port for the view,\n";
+    text +=
+        "2 no such option or script, 3 requests that a strict script did not expect, or unused\n";
+    text += "steps of it.";
     return text;
 }
 
@@ -85,6 +90,24 @@ void KeepLog() {
     }
 }
 
+// False, with its fault in words, for a file that is no script.
+bool ReadScript(const std::string& path, Script& script) {
+    std::ifstream file(path);
+    std::stringstream text;
+    text << file.rdbuf();
+    if (!file) {
+        fmt::print(stderr, "zelto-navigator: {} cannot be read\n", path);
+        return false;
+    }
+    try {
+        script = Script(text.str(), path);
+    } catch (const ScriptError& error) {
+        fmt::print(stderr, "zelto-navigator: {}\n", error.what());
+        return false;
+    }
+    return true;
+}
+
 // Null where nobody wants to look on. Throws std::runtime_error.
 std::unique_ptr<View> MakeView(const CLI::Option& wanted) {
     if (wanted.empty())
@@ -113,6 +136,7 @@ int main(int argc, char** argv) {
     CLI::App app{kSummary};
     ServiceOptions options;
     std::string journal_path;
+    std::string script_path;
     app.footer(Manual);
     app.set_version_flag("--version", "zelto-navigator " ZELTO_VERSION);
     app.add_flag("--packet-files", options.packet_files,
@@ -123,7 +147,11 @@ int main(int argc, char** argv) {
         ->envname("ZELTO_NAVIGATOR_JOURNAL");
     AddFaultOptions(app, options.faults);
     const CLI::Option* view = AddViewOption(app);
+    app.add_option("--script", script_path, "Answer as a script says (docs/scripts.md)")
+        ->type_name("FILE");
     CLI11_PARSE(app, argc, argv);
+    if (!script_path.empty() && !ReadScript(script_path, options.script))
+        return 2;
     try {
         return Serve(options, journal_path, MakeView(*view).get());
     } catch (const std::runtime_error& error) {

@@ -2,11 +2,13 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <fmt/core.h>
 #include <stdexcept>
 
 #include "tools/text/wide.h"
 #include "tools/wire/calls.h"
+#include "tools/zelto-navigator/reply.h"
 #include "tools/zelto-navigator/requests.h"
 
 namespace zelto::navigator {
@@ -34,6 +36,28 @@ const char* DescribeMessage(const MSG& message) {
             return "window asked to close";
         default:
             return nullptr;
+    }
+}
+
+constexpr int kDied = 9;  // exit status of a navigator that ends in the middle
+
+// What a fault makes of a reply; "" for none.
+std::string FaultyReply(const Step& step, const std::string& reply) {
+    switch (step.fault) {
+        case Fault::kSilent:
+            return "";
+        case Fault::kTruncated:
+            return reply.substr(0, 1);
+        case Fault::kTooLong:
+            return "A|" + std::string(kMaxReply + 9, '.');
+        case Fault::kWrongKind:
+            return "X|a kind that nobody knows";
+        case Fault::kGarbage:
+            return "\x80\x01\xFF|garbage";
+        case Fault::kRefuse:
+            return fmt::format("B|{}", step.refusal);
+        default:
+            return reply;
     }
 }
 
@@ -88,7 +112,14 @@ int Service::Run() {
     }
     Say(got == -1 ? "window lost" : "closed");
     DestroyWindow(window_);
-    return got == -1 ? 1 : 0;
+    return got == -1 ? 1 : Finish();
+}
+
+int Service::Finish() {
+    const std::vector<std::string> complaints = options_.script.Complaints();
+    for (const std::string& complaint : complaints)
+        Say(kComplaint + complaint);
+    return complaints.empty() ? 0 : kScriptNotKept;
 }
 
 void Service::HandleMessage(const MSG& message) {
@@ -133,6 +164,10 @@ void Service::Take(const Faults& faults) {
 }
 
 void Service::HandleAnnouncement(LPARAM detail) {
+    if (const Step* step = options_.script.TakeAnnouncement(); step != nullptr) {
+        Say(fmt::format("announcement {} {}{}", detail, kMetFault, NameOf(Fault::kDeaf)));
+        return;
+    }
     if (detail > kAnnouncementBase) {
         const int generation = detail - kAnnouncementBase;
         Serve(*OpenQueueExchange(generation), generation);
@@ -152,11 +187,14 @@ void Service::Serve(Exchange& exchange, int generation) {
         Say(fmt::format("#{} {}", generation, why));
         return;
     }
-    entry.reply = ReplyTo(entry.request);
-    if (!entry.reply.empty() && !exchange.Send(entry.reply, why))
-        entry.reply.clear();
-    else if (entry.reply.empty())
+    const Step* const step = options_.script.Take(entry.request);
+    if (step != nullptr && step->fault != Fault::kNone)
+        Say(fmt::format("#{} {}{}", generation, kMetFault, NameOf(step->fault)));
+    entry.reply = ReplyTo(entry.request, step);
+    if (entry.reply.empty())
         why = "no reply, as asked for";
+    else if (!Send(exchange, entry.reply, step, generation, why))
+        entry.reply.clear();
     entry.microseconds = std::chrono::duration_cast<std::chrono::microseconds>(
                              std::chrono::steady_clock::now() - start)
                              .count();
@@ -165,18 +203,40 @@ void Service::Serve(Exchange& exchange, int generation) {
         Say(fmt::format("#{} {}", generation, why));
 }
 
-std::string Service::ReplyTo(const std::string& request) {
+std::string Service::ReplyTo(const std::string& request, const Step* step) {
     std::string reply = Answer(navigator_, request);
     const Faults& faults = options_.faults;
+    const DWORD delay = (faults.Concern(request) ? faults.delay : 0) + (step ? step->delay : 0);
+    if (delay > 0) {
+        Say(fmt::format("reply held back for {} ms", delay));
+        Sleep(delay);
+    }
+    if (step != nullptr)
+        return FaultyReply(*step, step->reply.value_or(reply));
     if (!faults.Concern(request))
         return reply;
-    if (faults.delay > 0) {
-        Say(fmt::format("reply held back for {} ms", faults.delay));
-        Sleep(faults.delay);
+    return faults.silent ? "" : faults.reply.value_or(reply);
+}
+
+bool Service::Send(Exchange& exchange, const std::string& reply, const Step* step, int generation,
+                   std::string& why) {
+    switch (step == nullptr ? Fault::kNone : step->fault) {
+        case Fault::kDiesBeforeReply:
+            std::_Exit(kDied);
+        case Fault::kDiesAfterReply:
+            exchange.Send(reply, why);
+            std::_Exit(kDied);
+        case Fault::kClosesWindow:
+            navigator_.closing = true;
+            why = "window closed";
+            return false;
+        case Fault::kOtherGeneration:
+            return OpenQueueExchange(generation + 1)->Send(reply, why);
+        case Fault::kDoubled:
+            return exchange.Send(reply, why) && exchange.Send(reply, why);
+        default:
+            return exchange.Send(reply, why);
     }
-    if (faults.silent)
-        return "";
-    return faults.reply.value_or(reply);
 }
 
 void Service::Record(const JournalEntry& entry) {

@@ -23,6 +23,7 @@ void AddCrcCommand(CLI::App& app, Session& session);
 void AddDescribeCommand(CLI::App& app, Session& session);
 void AddPictureCommand(CLI::App& app, ExportCaller& caller);
 void AddRunCommand(CLI::App& app, Session& session);
+void AddTortureCommand(CLI::App& app, Session& session);
 void AddRecordCommand(CLI::App& app, Session& session);
 void AddTraceCommand(CLI::App& app, Session& session);
 void AddWhyCommand(CLI::App& app, Session& session);

@@ -2,37 +2,18 @@
 
 #include <algorithm>
 #include <fmt/core.h>
-#include <numeric>
-#include <string_view>
 
+#include "tools/text/nearest.h"
 #include "tools/text/wide.h"
 
 namespace zelto::tools {
 
 namespace {
 
-// Letters to insert, drop or change between the two.
-size_t Distance(std::string_view a, std::string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 0; i < a.size(); ++i) {
-        size_t diagonal = row[0]++;
-        for (size_t j = 0; j < b.size(); ++j) {
-            const size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
-        }
-    }
-    return row.back();
-}
-
 std::string Unknown(const char* what, const std::string& word,
                     const std::vector<std::string>& known) {
-    const auto nearest = std::min_element(
-        known.begin(), known.end(),
-        [&](const auto& a, const auto& b) { return Distance(word, a) < Distance(word, b); });
     return fmt::format("\"{}\" is no {}; the nearest is \"{}\".", Printable(word), what,
-                       nearest == known.end() ? "" : *nearest);
+                       Nearest(word, known));
 }
 
 std::vector<std::string> SubcommandNames(CLI::App& app) {

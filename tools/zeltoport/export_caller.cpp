@@ -35,7 +35,11 @@ void ExportCaller::Finish(const std::string& name, int32_t result, const std::st
     const std::string meaning = wire::DescribeResult(name, result);
     nlohmann::json object = {{"export", name}, {"result", result}, {"meaning", meaning}};
     object.update(details);
-    const std::string outcome = fmt::format("{}: {} ({})", name, result, meaning);
+    std::string outcome = fmt::format("{}: {} ({})", name, result, meaning);
+    if (const int scale = coredll::TimeScale(); scale != 1) {
+        outcome += fmt::format(", all waits divided by {}", scale);
+        object["time_scale"] = scale;
+    }
     session_.ReportCall(static_cast<ExitStatus>(wire::ExitStatusOf(name, result)), outcome, data,
                         object);
 }

@@ -51,6 +51,7 @@ void AddCommands(CLI::App& app, Session& session, ExportCaller& caller) {
     AddDescribeCommand(app, session);
     AddPictureCommand(app, caller);
     AddRunCommand(app, session);
+    AddTortureCommand(app, session);
     AddRecordCommand(app, session);
     AddTraceCommand(app, session);
     AddWhyCommand(app, session);

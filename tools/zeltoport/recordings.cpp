@@ -6,9 +6,13 @@
 #include <filesystem>
 #include <fmt/chrono.h>
 #include <fmt/core.h>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "platform/coredll/linux/device_admin.h"
+#include "tools/page/page.h"
+#include "tools/wire/explain.h"
+#include "tools/zeltoport/output_file.h"
 #include "tools/zeltoport/session.h"
 
 namespace zelto::tools {
@@ -62,7 +66,8 @@ std::string NewRecordingPath(const std::string& words) {
         const std::vector<fs::path> files = RecordingsIn(folder);
         std::error_code error;
         for (size_t i = 0; i + kKeptRecordings <= files.size(); ++i)
-            fs::remove(files[i], error);
+            for (const char* kind : {".jsonl", ".html"})
+                fs::remove(fs::path(files[i]).replace_extension(kind), error);
         const auto now = std::chrono::system_clock::now();
         const auto milliseconds = std::chrono::floor<std::chrono::milliseconds>(now);
         return folder / fmt::format("{:%Y%m%dT%H%M%S}{:03}-{}.jsonl",
@@ -70,6 +75,21 @@ std::string NewRecordingPath(const std::string& words) {
                                     milliseconds.time_since_epoch().count() % 1000, words);
     }
     throw CommandError("There is no folder to keep a recording in: set XDG_STATE_HOME to one.");
+}
+
+std::string KeepRecording(const wire::Recording& recording, const std::string& path,
+                          const std::string& words) {
+    try {
+        const std::string kept = path.empty() ? NewRecordingPath(words) : path;
+        const std::string page = fs::path(kept).replace_extension(".html").string();
+        std::string why;
+        if (!wire::Save(recording, kept, why))
+            return why;
+        WriteOutput(page, RenderPage(wire::ToJson(recording)));
+        return fmt::format("the recording is kept in {}, its page in {}", kept, page);
+    } catch (const CommandError& error) {
+        return error.what();
+    }
 }
 
 std::optional<KeptRecording> NewestRecording() {

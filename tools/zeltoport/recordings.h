@@ -22,6 +22,11 @@ wire::Recording ReadRecording(const std::string& path);
 inline constexpr size_t kKeptRecordings = 100;
 std::string NewRecordingPath(const std::string& words);
 
+// Writes the recording to `path`, a new one where that is "", and its page beside it; says where
+// they are, or why they could not be kept.
+std::string KeepRecording(const wire::Recording& recording, const std::string& path,
+                          const std::string& words);
+
 struct KeptRecording {
     std::string path;
     int64_t wall_ns;  // when it was written, since 1970

@@ -81,8 +81,9 @@ bool ExplainState(Answer& answer, bool& any) {
 }
 
 constexpr const char* kUnknown =
-    "What happened before cannot be told: the device was not recording, or has forgotten it. Say "
-    "\"zeltoport record on\", make the call again, and ask again.";
+    "What happened on the device before cannot be told: it was not recording. Say \"zeltoport "
+    "record "
+    "on\", make the call again, and ask again.";
 
 // Of the device and of the last run on a device of its own, whichever failed last; then the state.
 ExitStatus ExplainDevice(Answer& answer) {

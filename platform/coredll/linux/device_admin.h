@@ -9,6 +9,7 @@
 
 #include "platform/coredll/linux/base/device.h"
 #include "platform/coredll/linux/base/small_file.h"
+#include "platform/coredll/linux/base/time_scale.h"
 #include "platform/coredll/linux/objects/store_report.h"
 #include "platform/coredll/linux/objects/witness.h"
 #include "platform/coredll/linux/process/child.h"

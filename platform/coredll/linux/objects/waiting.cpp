@@ -6,12 +6,12 @@
 #include <sched.h>
 
 #include "platform/coredll/linux/base/monotonic.h"
+#include "platform/coredll/linux/base/time_scale.h"
 
 namespace zelto::coredll {
 namespace {
 
-constexpr int64_t kNanosecondsPerMillisecond = 1'000'000;
-constexpr int64_t kLongestSleep = 250 * kNanosecondsPerMillisecond;
+constexpr int64_t kLongestSleep = 250'000'000;  // ns
 constexpr DWORD kLongestFiniteTimeout = 0x7FFFFFFF;
 constexpr int kPausesPerLook = 16;
 
@@ -80,8 +80,7 @@ Deadline::Deadline(DWORD milliseconds) {
     } else if (milliseconds == 0) {
         end_ = 0;
     } else {
-        end_ = MonotonicNanoseconds() +
-               std::min(milliseconds, kLongestFiniteTimeout) * kNanosecondsPerMillisecond;
+        end_ = MonotonicNanoseconds() + ScaledWait(std::min(milliseconds, kLongestFiniteTimeout));
     }
 }
 

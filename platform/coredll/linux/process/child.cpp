@@ -25,8 +25,13 @@ class SpawnOrders {
             if (quiet)
                 posix_spawn_file_actions_addopen(&files, fd, "/dev/null", O_RDWR, 0);
         }
-        if (own_group)
-            posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+        // What we catch or ignore is ours alone.
+        sigset_t all;
+        sigfillset(&all);
+        posix_spawnattr_setsigdefault(&attributes, &all);
+        posix_spawnattr_setflags(
+            &attributes,
+            static_cast<short>(POSIX_SPAWN_SETSIGDEF | (own_group ? POSIX_SPAWN_SETPGROUP : 0)));
     }
     ~SpawnOrders() {
         posix_spawn_file_actions_destroy(&files);

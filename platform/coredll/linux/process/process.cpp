@@ -13,6 +13,7 @@
 #include "platform/coredll/linux/base/device.h"
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/paths.h"
+#include "platform/coredll/linux/base/time_scale.h"
 #include "platform/coredll/linux/files/folded_name.h"
 #include "platform/coredll/linux/objects/witness_ring.h"
 #include "platform/coredll/linux/process/launch.h"
@@ -152,8 +153,9 @@ void Sleep(DWORD milliseconds) {
         sched_yield();
         return;
     }
-    timespec left = {static_cast<time_t>(milliseconds / 1000),
-                     static_cast<long>(milliseconds % 1000) * 1'000'000};
+    const int64_t wait = ScaledWait(milliseconds);
+    timespec left = {static_cast<time_t>(wait / 1'000'000'000),
+                     static_cast<long>(wait % 1'000'000'000)};
     if (milliseconds == INFINITE) {
         for (;;)
             pause();
