@@ -7,7 +7,7 @@ packages_for() {
     case "$1" in
     tools) printf '%s\n' cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libfmt-dev \
         libcpp-httplib-dev libpugixml-dev pkg-config ;;
-    tests) printf '%s\n' libgtest-dev libgmock-dev zlib1g-dev python3 python3-pytest tzdata ;;
+    tests) printf '%s\n' libgtest-dev libgmock-dev python3 python3-pytest tzdata ;;
     browser) printf '%s\n' chromium chromium-driver python3-selenium ;;
     sources) printf '%s\n' gpsd gpsd-clients python3 ;;
     bench) printf '%s\n' libbenchmark-dev zlib1g-dev libdeflate-dev ;;
