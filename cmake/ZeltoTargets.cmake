@@ -21,6 +21,11 @@ endif()
 # Files beyond 2 GiB and times beyond 2038 on 32-bit hosts too.
 target_compile_definitions(zelto_build_flags INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 include(ZeltoHardening)
+if(WIN32)
+  # Found first, so that the system's own headers stand in the contract's place.
+  target_include_directories(zelto_build_flags INTERFACE
+    "${PROJECT_SOURCE_DIR}/platform/coredll/windows/contract")
+endif()
 target_include_directories(zelto_build_flags INTERFACE "${PROJECT_SOURCE_DIR}")
 if(ZELTO_SANITIZE)
   target_compile_options(zelto_build_flags INTERFACE

@@ -55,11 +55,13 @@ int32_t ExchangePacketFiles(RequestLine& line, char* buffer, uint32_t size, uint
         if (file == INVALID_HANDLE_VALUE)
             return ZELTO_NAV_PORT_NO_REPLY_FILE;
     }
-    const BOOL read = ReadFile(file, buffer, size, &bytes_read, nullptr);
+    DWORD read = 0;
+    const BOOL done = ReadFile(file, buffer, size, &read, nullptr);
     CloseHandle(file);
-    if (!read)
+    bytes_read = read;
+    if (!done)
         return ZELTO_NAV_PORT_BAD_REPLY;  // one number for both
-    buffer[bytes_read] = '\0';
+    buffer[read] = '\0';
     return ZELTO_NAV_PORT_OK;
 }
 

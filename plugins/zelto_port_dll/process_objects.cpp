@@ -19,16 +19,18 @@ ProcessObjects::FileSystem::~FileSystem() {
 
 // The entry's own address stands for the module: there is one entry in each.
 ProcessObjects::Entry::Entry() {
-    DllMain(this, kProcessAttach, nullptr);
+    if (!kLoaderCallsDllMain)
+        DllMain(reinterpret_cast<HINSTANCE>(this), kProcessAttach, nullptr);
 }
 
 ProcessObjects::Entry::~Entry() {
-    DllMain(this, kProcessDetach, nullptr);
+    if (!kLoaderCallsDllMain)
+        DllMain(reinterpret_cast<HINSTANCE>(this), kProcessDetach, nullptr);
 }
 
 }  // namespace zelto
 
-BOOL DllMain(HANDLE module, DWORD reason, void* /*reserved*/) {
+BOOL DllMain(HINSTANCE module, DWORD reason, void* /*reserved*/) {
     if (reason == zelto::kProcessAttach)
         DisableThreadLibraryCalls(module);
     return TRUE;

@@ -45,7 +45,8 @@ class ProcessObjects {
         DString text;
     };
 
-    // Runs the library entry: attach when everything before it stands, detach before it falls.
+    // Runs the library entry where the loader does not: attach when everything before it stands,
+    // detach before it falls.
     struct Entry {
         Entry();
         ~Entry();
@@ -68,6 +69,6 @@ inline constexpr DWORD kProcessAttach = 1;
 }  // namespace zelto
 
 // The library entry. Switches off thread notifications at attach; always 1.
-extern "C" BOOL DllMain(HANDLE module, DWORD reason, void* reserved);
+extern "C" BOOL DllMain(HINSTANCE module, DWORD reason, void* reserved);
 
 #endif

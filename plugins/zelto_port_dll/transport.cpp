@@ -53,8 +53,12 @@ int32_t ReadResult(DWORD error) {
 
 int32_t ReadReply(uint32_t request_length, char* buffer, uint32_t size, uint32_t& bytes_read) {
     for (int attempts = 1;; ++attempts) {
+        DWORD read = 0;
         DWORD flags = 0;
-        if (ReadMsgQueue(g_connection.read_queue, buffer, size, &bytes_read, kReadTimeout, &flags))
+        const BOOL done =
+            ReadMsgQueue(g_connection.read_queue, buffer, size, &read, kReadTimeout, &flags);
+        bytes_read = read;
+        if (done)
             return 0;
         const DWORD error = GetLastError();
         if (error == ERROR_TIMEOUT && attempts > 1) {

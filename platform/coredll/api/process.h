@@ -6,6 +6,9 @@
 #include "platform/coredll/api/base.h"
 #include "platform/coredll/api/windows.h"
 
+// Whether the loader calls a library's DllMain by itself, as on the device. Here a library has to.
+inline constexpr bool kLoaderCallsDllMain = false;
+
 struct SHELLEXECUTEINFO {
     DWORD cbSize;  // sizeof(SHELLEXECUTEINFO), checked
     DWORD fMask;   // without effect: no box is shown, hProcess stays null
