@@ -26,3 +26,14 @@ def test_a_refusal_is_an_exception(navigator):
 def test_a_silent_navigator_is_a_time_out(navigator):
     with pytest.raises(zeltoport.ZeltoPortError, match="1007"):
         zeltoport.goto_ruta("ruta del vino")
+
+
+@pytest.mark.zelto_script([
+    {"call": "goto", "arguments": {"latitude": 42.8467}, "fault": "late", "delay_ms": 600},
+    {"call": "goto"},
+])
+def test_a_late_reply_is_asked_for_again(navigator):
+    try:
+        zeltoport.goto(42.8467, -2.6727)
+    except zeltoport.ZeltoPortError:
+        zeltoport.goto(42.8467, -2.6727)

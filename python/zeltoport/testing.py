@@ -10,6 +10,12 @@ start. Options of zelto-navigator, its faults among them, by a mark:
     @pytest.mark.zelto_navigator("--silent")
     def test_gives_up(navigator): ...
 
+A script of what is to be asked and answered, a file's path or the steps themselves, by another. The
+test fails when the client did not keep to it:
+
+    @pytest.mark.zelto_script([{"call": "goto", "fault": "late"}, {"call": "goto"}])
+    def test_tries_again(navigator): ...
+
 Each process has one device, so tests may run side by side in processes (pytest -n).
 """
 
@@ -27,12 +33,14 @@ import zeltoport
 from . import _library
 
 _PATIENCE = 10.0  # seconds for a process to do what takes it milliseconds
+_COMPLAINT = "script: "  # how the navigator's lines about its script begin
 
 
 def pytest_configure(config):
     config.addinivalue_line(
         "markers", "zelto_navigator(*options): options of zelto-navigator for this test"
     )
+    config.addinivalue_line("markers", "zelto_script(script): a file's path, or a list of steps")
 
 
 def _until(done, what):
@@ -61,7 +69,7 @@ class Navigator:
         self.device = device
         self.log = device / "navigator.log"
         self._journal = device / "journal.json"
-        with open(self.log, "ab") as log:
+        with open(self.log, "wb") as log:
             self._process = subprocess.Popen(
                 [_library.program("zelto-navigator"), "--journal", str(self._journal), *options],
                 stdin=subprocess.DEVNULL,
@@ -99,6 +107,13 @@ class Navigator:
         _until(entries, f"no request {request!r}; there are {[e['bytes'] for e in self.journal()]}")
         return entries()[-1]
 
+    def close(self):
+        """Closes the navigator's window; returns how its script was not kept, a list of lines."""
+        subprocess.run([_library.program("zeltoport"), "close", "--window"], check=True)
+        status = self._process.wait(_PATIENCE)
+        lines = self.log.read_text(errors="replace").splitlines()
+        return [line for line in lines if line.startswith(_COMPLAINT)] if status else []
+
     def stop(self):
         """Ends the navigator, whatever state it is in."""
         self._process.kill()
@@ -127,14 +142,29 @@ def _short_path(program, folder):
     return str(link)
 
 
+def _script_file(script, folder):
+    if not isinstance(script, list):
+        return str(script)
+    file = folder / "script.json"
+    file.write_text(json.dumps({"steps": script}), encoding="utf-8")
+    return str(file)
+
+
 @pytest.fixture
 def navigator(request, zelto_device):
-    """A fresh navigator, connected to."""
+    """A fresh navigator; connected to, where no mark says how it behaves."""
     mark = request.node.get_closest_marker("zelto_navigator")
-    running = Navigator(zelto_device, mark.args if mark else ())
+    script = request.node.get_closest_marker("zelto_script")
+    options = list(mark.args) if mark else []
+    if script:
+        options += ["--script", _script_file(script.args[0], zelto_device)]
+    running = Navigator(zelto_device, options)
     try:
-        if not mark:
+        if not options:
             zeltoport.init()
         yield running
+        broken = running.close() if script else []
+        if broken:
+            pytest.fail("the script was not kept:\n" + "\n".join(broken), pytrace=False)
     finally:
         running.stop()

@@ -8,7 +8,7 @@ import subprocess
 import pytest
 
 import zeltoport
-from zeltoport import _library
+from zeltoport import _library, testing
 
 # What is called, and the request line that must arrive.
 LINES = [
@@ -81,3 +81,11 @@ def test_every_export_and_result_of_the_table_is_here():
     assert zeltoport.MEANINGS == {
         result["code"]: result["meaning"] for result in described["results"] if result["code"] != 0
     }
+
+
+def test_an_unkept_script_is_told(zelto_device):
+    script = zelto_device / "s"
+    script.write_text('{"steps": [{"call": "goto", "arguments": {"latitude": 1}}]}')
+    navigator = testing.Navigator(zelto_device, ["--script", str(script)])
+    zeltoport.goto(2, 3)
+    assert "latitude" in "".join(navigator.close())

@@ -46,6 +46,9 @@ std::string WhyNotReplied(const Exchange& exchange) {
     const char* const got = exchange.received == 0
                                 ? "announced and taken, but the request was not read"
                                 : "announced, taken and read, never answered";
+    if (exchange.stray_reply != 0)
+        return fmt::format("{}: {} replied to queues of generation {}, not {}", got,
+                           Navigator(exchange), exchange.stray_reply, exchange.generation);
     if (exchange.navigator_ended)
         return fmt::format("{}: {} ended before it replied", got, Navigator(exchange));
     if (exchange.navigator_stopped)
@@ -85,8 +88,8 @@ std::string WhyNotAnnounced(const Exchange& exchange) {
 
 std::string WhyNotRead(const Exchange& exchange) {
     if (exchange.read_error == ERROR_INSUFFICIENT_BUFFER)
-        return fmt::format("the reply is longer than the {} bytes that the client has room for",
-                           exchange.reply_size);
+        return fmt::format("reply of {} bytes refused ({}): the client has room for {}",
+                           exchange.reply_size, exchange.read_error, exchange.room);
     return fmt::format("the reply could not be read (system error {})", exchange.read_error);
 }
 

@@ -215,7 +215,16 @@ void Lens::TakeQueue(const WitnessEvent& event) {
         if (event.kind == WitnessKind::kWritten)
             own->repeats = 0;
         Apply(*own, [&](Exchange& each) { ClientSide(each, event, queue->requests); });
+    } else if (event.kind == WitnessKind::kWritten && !queue->requests) {
+        TakeStrayReply(event, queue->generation);
     }
+}
+
+// A navigator writes to queues that it made itself, no client having announced them.
+void Lens::TakeStrayReply(const WitnessEvent& event, int32_t generation) {
+    for (Exchange& exchange : Recent())
+        if (exchange.navigator == event.process && exchange.received != 0 && exchange.end == 0)
+            exchange.stray_reply = generation;
 }
 
 void Lens::ClientSide(Exchange& exchange, const WitnessEvent& event, bool request_queue) {
@@ -242,6 +251,7 @@ void Lens::ClientSide(Exchange& exchange, const WitnessEvent& event, bool reques
         exchange.reply_read = true;
         exchange.reply = event.bytes;
         exchange.reply_size = std::max(exchange.reply_size, event.size);
+        exchange.room = event.size;
     }
 }
 

@@ -37,6 +37,8 @@ struct Exchange {
     std::string reply;
     uint32_t request_size = 0;
     uint32_t reply_size = 0;      // also of one that was refused
+    uint32_t room = 0;            // what the client read of the reply
+    int32_t stray_reply = 0;      // the generation of the queues to which it went instead
     size_t repeats = 0;           // index + 1 of the exchange whose request was announced again
     bool second_client = false;   // another process held the client's end of the queues
     bool reply_read = false;      // by the client
@@ -89,6 +91,7 @@ class Lens {
     void TakeTaken(const coredll::WitnessEvent& event, int32_t generation);
     void ClientSide(Exchange& exchange, const coredll::WitnessEvent& event, bool request_queue);
     void NavigatorSide(Exchange& exchange, const coredll::WitnessEvent& event, bool request_queue);
+    void TakeStrayReply(const coredll::WitnessEvent& event, int32_t generation);
     void FindOwnerOfReply(const coredll::WitnessEvent& event, int32_t generation);
     Exchange& Begin(const coredll::WitnessEvent& event, int32_t generation);
     Exchange* Find(const std::map<Key, size_t>& of, uint32_t process, int32_t generation);

@@ -51,7 +51,7 @@ std::string FaultyReply(const Step& step, const std::string& reply) {
         case Fault::kTooLong:
             return "A|" + std::string(kMaxReply + 9, '.');
         case Fault::kWrongKind:
-            return "X|a kind that nobody knows";
+            return "X|unknown kind";
         case Fault::kGarbage:
             return "\x80\x01\xFF|garbage";
         case Fault::kRefuse:

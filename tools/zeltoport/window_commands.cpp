@@ -1,7 +1,9 @@
 // Finding, starting, showing and closing the navigator.
 
 #include <fmt/core.h>
+#include <memory>
 
+#include "plugins/zelto_port_dll/protocol.h"
 #include "plugins/zelto_port_dll/zelto_port.h"
 #include "tools/zeltoport/command.h"
 
@@ -17,7 +19,6 @@ struct PlainCommand {
     Connect connect;
 };
 
-// Closing goes to a navigator that runs: it would be odd to start one for it.
 constexpr PlainCommand kCommands[] = {
     {"init", "Find or start the navigator and make the first exchange", "ZeltoNavPort_Init",
      ZeltoNavPort_Init, Connect::kNone},
@@ -27,8 +28,6 @@ constexpr PlainCommand kCommands[] = {
      ZeltoNavPort_Show, Connect::kInit},
     {"minimize", "Minimise the navigator's window", "ZeltoNavPort_Minimize", ZeltoNavPort_Minimize,
      Connect::kInit},
-    {"close", "Ask a running navigator to end", "ZeltoNavPort_CloseZeltoNav",
-     ZeltoNavPort_CloseZeltoNav, Connect::kFind},
     {"coverage", "Ask whether there is coverage", "ZeltoNavPort_Cobertura", ZeltoNavPort_Cobertura,
      Connect::kInit},
 };
@@ -41,6 +40,29 @@ void ReportVersion(Session& session) {
         std::to_string(version), {{"export", "ZeltoNavPort_Version"}, {"version", version}});
 }
 
+// As the user of the device does it; also where the navigator answers no request.
+void CloseWindow(Session& session) {
+    RequireWorkingDevice();
+    HWND window = FindWindowW(kWindowClass, nullptr);
+    if (window == nullptr || PostMessageW(window, WM_CLOSE, 0, 0) == FALSE)
+        throw CommandError("There is no window of a navigator that could be closed.",
+                           kExitNoNavigator);
+    session.Report(kExitSuccess, "", {{"posted", "WM_CLOSE"}});
+}
+
+// A request to a navigator that runs: it would be odd to start one for it.
+void AddCloseCommand(CLI::App& app, ExportCaller& caller) {
+    auto window = std::make_shared<bool>();
+    CLI::App* close = app.add_subcommand("close", "Ask a running navigator to end");
+    close->add_flag("--window", *window, "Close its window, with no request");
+    close->callback([window, &caller] {
+        if (*window)
+            CloseWindow(caller.session());
+        else
+            caller.Call("ZeltoNavPort_CloseZeltoNav", ZeltoNavPort_CloseZeltoNav, Connect::kFind);
+    });
+}
+
 }  // namespace
 
 void AddWindowCommands(CLI::App& app, ExportCaller& caller) {
@@ -49,6 +71,7 @@ void AddWindowCommands(CLI::App& app, ExportCaller& caller) {
             caller.Call(command.export_name, command.call, command.connect);
         });
     }
+    AddCloseCommand(app, caller);
     app.add_subcommand("version", "Tell the version of the library's interface")
         ->callback([&caller] { ReportVersion(caller.session()); });
 }
