@@ -158,16 +158,6 @@ Figures MeasureInChild(const std::string& spin) {
     return figures;
 }
 
-void RegisterNavigator() {
-    const WCHAR path[] = TEXT("\\bin\\true");  // never started: the window is there already
-    HKEY key = nullptr;
-    RegCreateKeyExW(HKEY_LOCAL_MACHINE, TEXT("SOFTWARE\\ZeltoNav\\General"), 0, nullptr, 0,
-                    KEY_SET_VALUE, nullptr, &key, nullptr);
-    RegSetValueExW(key, TEXT("Path_EXE"), 0, REG_SZ, reinterpret_cast<const BYTE*>(path),
-                   sizeof path);
-    RegCloseKey(key);
-}
-
 void Request(benchmark::State& state) {
     const test::TempDevice device;
     RegisterNavigator();

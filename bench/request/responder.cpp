@@ -41,4 +41,14 @@ void RunResponder() {
     }
 }
 
+void RegisterNavigator() {
+    const WCHAR path[] = TEXT("\\bin\\true");  // never started
+    HKEY key = nullptr;
+    RegCreateKeyExW(HKEY_LOCAL_MACHINE, TEXT("SOFTWARE\\ZeltoNav\\General"), 0, nullptr, 0,
+                    KEY_SET_VALUE, nullptr, &key, nullptr);
+    RegSetValueExW(key, TEXT("Path_EXE"), 0, REG_SZ, reinterpret_cast<const BYTE*>(path),
+                   sizeof path);
+    RegCloseKey(key);
+}
+
 }  // namespace zelto::bench

@@ -9,6 +9,9 @@ namespace zelto::bench {
 // to all others, for ever. Returns only when the device cannot be used.
 void RunResponder();
 
+// The device's registry names a navigator then; none is started, since a window is there.
+void RegisterNavigator();
+
 }  // namespace zelto::bench
 
 #endif

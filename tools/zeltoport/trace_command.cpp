@@ -41,6 +41,15 @@ std::string Lines(const wire::Exchange& exchange) {
     return lines;
 }
 
+[[noreturn]] void RefuseEmpty() {
+    const auto last = NewestRecording();
+    throw CommandError(
+        "The recording holds no request; \"zeltoport record on\" lets the device "
+        "remember those that follow." +
+            (last ? " That of the last run is " + last->path + "." : ""),
+        kExitFailure);
+}
+
 void ShowAll(Session& session, const wire::Recording& recording, bool events) {
     std::string text;
     for (const wire::Exchange& exchange : wire::Exchanges(recording)) {
@@ -48,10 +57,7 @@ void ShowAll(Session& session, const wire::Recording& recording, bool events) {
         text += Lines(exchange) + (events ? EventLines(exchange, recording) : "");
     }
     if (text.empty())
-        throw CommandError(
-            "The recording holds no request; \"zeltoport record on\" lets the device "
-            "remember those that follow.",
-            kExitFailure);
+        RefuseEmpty();
     session.Report(kExitSuccess, text, wire::ToJson(recording));
 }
 
