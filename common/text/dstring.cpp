@@ -21,7 +21,6 @@ void CountMemory(int32_t change) {
     g_memory_in_use.store(sum + change, std::memory_order_relaxed);
 }
 
-constexpr int kSlack = 2;
 constexpr int kFirstSlack = 13;
 constexpr int kSpare = 2;  // behind a block that has grown
 
@@ -34,18 +33,20 @@ DString::~DString() {
     ::operator delete(&header());
 }
 
-DString::Header& DString::header() const {
-    return *reinterpret_cast<Header*>(text_ - sizeof(Header));
+void DString::measure() {
+    if (header().length != kUnknown)
+        header().length = static_cast<int32_t>(std::strlen(text_));
 }
 
 int DString::length() const {
-    return text_ != nullptr ? static_cast<int>(std::strlen(text_)) : 0;
+    if (text_ == nullptr)
+        return 0;
+    const int32_t known = header().length;
+    return known != kUnknown ? known : static_cast<int>(std::strlen(text_));
 }
 
 char DString::operator[](int index) const {
-    if (text_ == nullptr || index < 0 || index >= header().capacity)
-        return 0;
-    return std::memchr(text_, 0, static_cast<size_t>(index)) == nullptr ? text_[index] : char{0};
+    return index >= 0 && index < length() ? text_[index] : char{0};
 }
 
 signed char DString::last_char() const {
@@ -87,7 +88,8 @@ void DString::allocate(int64_t capacity) {
         throw std::bad_alloc();
     const auto bytes = static_cast<size_t>(std::max<int64_t>(capacity, 1));
     void* block = ::operator new(sizeof(Header) + bytes);
-    new (block) Header{static_cast<int32_t>(capacity), static_cast<uint16_t>(CurrentCodepage()), 1};
+    new (block)
+        Header{0, static_cast<int32_t>(capacity), static_cast<uint16_t>(CurrentCodepage()), 1};
     text_ = static_cast<char*>(block) + sizeof(Header);
     text_[0] = 0;
     text_[bytes - 1] = 0;
@@ -101,7 +103,7 @@ void DString::grow(int64_t need) {
     Header& old = header();
     const auto bytes = static_cast<size_t>(capacity);
     void* block = ::operator new(sizeof(Header) + bytes + kSpare);
-    new (block) Header{static_cast<int32_t>(capacity), old.codepage, old.decimals};
+    new (block) Header{length(), static_cast<int32_t>(capacity), old.codepage, old.decimals};
     char* text = static_cast<char*>(block) + sizeof(Header);
     std::memcpy(text, text_, static_cast<size_t>(std::max(old.capacity, 1)));
     std::memset(text + bytes - 1, 0, 1 + kSpare);
@@ -113,6 +115,8 @@ void DString::grow(int64_t need) {
 char* DString::buffer(int n) {
     constexpr int kMost = std::numeric_limits<int>::max();
     reserve(n < kMost - 10 ? n + 10 : kMost, true);
+    if (text_ != nullptr)
+        header().length = kUnknown;
     return text_;
 }
 
@@ -120,6 +124,7 @@ char* DString::at(int n) {
     if (n < 0)
         throw "Error DString n<0";
     reserve(n < std::numeric_limits<int>::max() ? n + 1 : n, true);
+    header().length = kUnknown;
     return text_ + n;
 }
 

@@ -14,8 +14,10 @@
 #ifndef ZELTO_COMMON_TEXT_DSTRING_H
 #define ZELTO_COMMON_TEXT_DSTRING_H
 
+#include <algorithm>
 #include <concepts>
 #include <cstdint>
+#include <cstring>
 
 #include "platform/coredll/coredll.h"
 
@@ -66,10 +68,16 @@ class DString {
 
     // An empty string takes over the codepage of a DString that is appended to it. A wide text, a
     // 64-bit integer or a floating-point number comes as one, in the current codepage.
-    DString& operator+=(const char* text);
+    DString& operator+=(const char* text) {
+        return text != nullptr ? append(text, Length(text), 0) : *this;
+    }
     DString& operator+=(const WCHAR* text);
     DString& operator+=(const DString& other);
-    DString& operator+=(char c);  // NUL appends nothing
+    DString& operator+=(char c) {  // NUL appends nothing
+        return append(&c, c != 0 ? 1 : 0, c != 0 ? 1 : 2);
+    }
+    // Appending takes time by what is appended, not by what is there; but for a text to which at(),
+    // buffer() or fill() gave out a pointer that is still good.
 
     // Decimal digits. Up to 32 bits the value is written as the signed type of its size, but for
     // unsigned char (0 to 255): 2147483648u comes out as -2147483648. 64 bits are written as signed
@@ -132,19 +140,45 @@ class DString {
 
   private:
     struct Header {
+        int32_t length;  // of the text; kUnknown where a caller may write it at any time
         int32_t capacity;
         uint16_t codepage;
         int16_t decimals;
     };
 
-    Header& header() const;
+    // at(), buffer() and fill() leave a block to its caller, who may end the text anywhere at any
+    // later time: from then on it is measured at each use. One that grows is the string's own
+    // again.
+    static constexpr int32_t kUnknown = -1;
+    static constexpr int kSlack = 2;
+
+    Header& header() const { return *reinterpret_cast<Header*>(text_ - sizeof(Header)); }
+    void end_at(int n) {  // writes the NUL
+        text_[n] = 0;
+        if (header().length != kUnknown)
+            header().length = n;
+    }
+    void measure();  // after a conversion has written the text
     void allocate(int64_t capacity);
     void grow(int64_t need);
     // Puts n bytes, which may be the string's own, and a NUL at byte `start`, after reserve(room,
     // slack).
     void put(int start, const char* bytes, int n, int room, bool slack);
-    // Puts n bytes at the end with room for `extra` more.
-    DString& append(const char* bytes, int n, int extra);
+    // Puts n bytes at the end with room for `extra` more. Mostly there is room in a block of known
+    // length, and then the bytes lie in front of their place, if they are its own.
+    DString& append(const char* bytes, int n, int extra) {
+        const int64_t start = text_ != nullptr ? header().length : kUnknown;
+        if (start == kUnknown || start + n + extra + kSlack > header().capacity)
+            return append_slowly(bytes, n, extra);
+        std::memcpy(text_ + start, bytes, static_cast<size_t>(n));
+        end_at(static_cast<int>(start) + n);
+        return *this;
+    }
+    DString& append_slowly(const char* bytes, int n, int extra);
+    // A text beyond any block gets a length that no block can be made for.
+    static int Length(const char* text) {
+        return static_cast<int>(std::min<size_t>(std::strlen(text), INT32_MAX));
+    }
     void adopt_codepage(int32_t codepage);  // if the text is empty
 
     DString& append_int32(int32_t value);

@@ -12,11 +12,7 @@ namespace {
 
 constexpr int kMostBytes = std::numeric_limits<int>::max();
 
-// A text beyond any block gets a length that no block can be made for; so does a sum.
-int Length(const char* text) {
-    return static_cast<int>(std::min<size_t>(std::strlen(text), kMostBytes));
-}
-
+// A sum beyond any block becomes one that no block can be made for.
 int Sum(int a, int b) {
     return a <= kMostBytes - b ? a + b : kMostBytes;
 }
@@ -55,10 +51,10 @@ void DString::put(int start, const char* bytes, int n, int room, bool slack) {
     if (own)
         bytes = text_ + offset;
     std::memmove(text_ + start, bytes, static_cast<size_t>(n));
-    text_[start + n] = 0;
+    end_at(start + n);
 }
 
-DString& DString::append(const char* bytes, int n, int extra) {
+DString& DString::append_slowly(const char* bytes, int n, int extra) {
     const int start = length();
     put(start, bytes, n, Sum(start, Sum(n, extra)), true);
     return *this;
@@ -106,32 +102,27 @@ DString& DString::assign(const char* text, int n) {
 
 DString& DString::fill(char c, int n) {
     reserve(n, true);
-    if (n > 0)
+    if (n > 0) {
         std::memset(text_, c, static_cast<size_t>(n));
+        header().length = kUnknown;
+    }
     return *this;
 }
 
 void DString::clear() {
     if (text_ != nullptr)
-        *text_ = 0;
+        end_at(0);
 }
 
 void DString::move_to(DString& other) {
     other = *this;
-    *at(0) = 0;
-}
-
-DString& DString::operator+=(const char* text) {
-    return text != nullptr ? append(text, Length(text), 0) : *this;
+    reserve(1, true);
+    clear();
 }
 
 DString& DString::operator+=(const DString& other) {
     adopt_codepage(other.codepage());
     return append(other.c_str(), other.length(), 0);
-}
-
-DString& DString::operator+=(char c) {
-    return append(&c, c != 0 ? 1 : 0, c != 0 ? 1 : 2);
 }
 
 }  // namespace zelto

@@ -65,7 +65,7 @@ DString& DString::operator+=(double value) {
         *out++ = static_cast<char>('0' + digit);
         fraction -= digit;
     }
-    *out = 0;
+    end_at(start + total);
     return *this;
 }
 

@@ -65,7 +65,7 @@ void DString::take_first_word(DString& out) {
     const int end = length();
     const int blank = find(' ');
     const int cut = blank < 0 ? end : blank;
-    text_[cut] = 0;
+    end_at(cut);
     out = *this;
     if (cut == 0 || cut == end)
         clear();

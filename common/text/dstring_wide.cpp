@@ -48,7 +48,10 @@ int DString::assign_wide(const WCHAR* text, int count) {
         *this = "utf16 error!";
         return 0;
     }
-    return WideToNarrow(registry, target, text, units, buffer(size + 1), size + 1);
+    reserve(size + 1 + kMargin, true);
+    const int result = WideToNarrow(registry, target, text, units, text_, size + 1);
+    measure();
+    return result;
 }
 
 void DString::recode(int32_t target) {
@@ -61,7 +64,9 @@ void DString::recode(int32_t target) {
     CodepageRegistry* registry = GlobalCodepageRegistry();
     const int32_t encoding = OrDefault(target);
     const int size = std::max(0, WideToNarrow(registry, encoding, wide.c_str(), -1, nullptr, 0));
-    WideToNarrow(registry, encoding, wide.c_str(), -1, buffer(size + kMargin), size + kMargin);
+    reserve(size + 2 * kMargin, true);
+    WideToNarrow(registry, encoding, wide.c_str(), -1, text_, size + kMargin);
+    measure();
     set_codepage(target);
 }
 

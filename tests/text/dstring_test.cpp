@@ -83,6 +83,29 @@ TEST_F(DStringTest, BytesAreReachedInsideAndPastTheText) {
     EXPECT_STREQ(text.c_str(), "zz\xE9");  // no terminator of its own
 }
 
+TEST_F(DStringTest, WhoHoldsAPointerMayEndTheTextAtAnyLaterTime) {
+    for (const bool by_buffer : {false, true}) {
+        DString text("abcdefgh");
+        char* held = by_buffer ? text.buffer(4) : text.at(0);
+        text += 'i';
+        EXPECT_EQ(text.length(), 9);
+        held[3] = 0;
+        EXPECT_EQ(text.length(), 3);
+        EXPECT_EQ(text[5], 0);
+        text += 7;
+        EXPECT_STREQ(text.c_str(), "abc7");
+        DString copy(text);
+        held[1] = 0;
+        EXPECT_STREQ((copy += text).c_str(), "abc7a");
+    }
+    DString grown;
+    *grown.at(0) = 0;
+    for (int i = 0; i < 1000; ++i)
+        (grown += 'x') += "yz";
+    EXPECT_EQ(grown.length(), 3000);
+    EXPECT_EQ(std::string(grown.c_str()).size(), 3000U);
+}
+
 TEST_F(DStringTest, TheTagTravelsOnlyWhereItShould) {
     SetCurrentCodepage(1252);
     DString tagged("x");
