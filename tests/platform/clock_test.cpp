@@ -2,9 +2,12 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 #include "platform/coredll/coredll.h"
+#include "platform/coredll/linux/objects/registry_changes.h"
 #include "platform/coredll/linux/time/host_clock.h"
 #include "tests/platform/fake_host_clock.h"
 #include "tests/support/temp_device.h"
@@ -131,6 +134,23 @@ TEST_F(DeviceClock, ValuesOfAnotherFormCountAsNone) {
     EXPECT_EQ(RegSetValueExW(key, TEXT("TimeZoneInformation"), 0, REG_BINARY, impossible, 172), 0);
     EXPECT_EQ(Local(), "2025-06-15 17:06:40.000");
     RegCloseKey(key);
+}
+
+TEST_F(DeviceClock, AProcessThatReadsOftenIsToldOfChanges) {
+    using zelto::coredll::RegistryChanges;
+    for (int i = 0; i < 1000; ++i)
+        Universal();
+    const std::optional<uint32_t> before = RegistryChanges(device_.Device());
+    ASSERT_TRUE(before);
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(SetSystemTime(&noon_) ? 0 : 1);
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(Universal(), TextOf(noon_));
+    EXPECT_EQ(RegistryChanges(device_.Device()), *before + 1);
+    EXPECT_FALSE(RegistryChanges(device_.Device() + "/other"));
 }
 
 TEST_F(DeviceClock, SettersDoNotLoseEachOthersChanges) {

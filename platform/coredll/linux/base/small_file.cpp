@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 
 #include "platform/coredll/linux/base/monotonic.h"
 
@@ -36,13 +35,14 @@ int WriteAndSync(const UniqueFd& folder, const std::string& name, std::string_vi
 
 }  // namespace
 
-int ReadSmallFile(const UniqueFd& folder, const char* name, size_t limit, std::string& text) {
-    const UniqueFd file = Open(folder, name, O_RDONLY);
-    struct stat status {};
+int OpenSmallFile(const UniqueFd& folder, const char* name, UniqueFd& file, struct stat& status) {
+    file = Open(folder, name, O_RDONLY);
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0)
         return errno;
-    if (!S_ISREG(status.st_mode))
-        return EACCES;
+    return S_ISREG(status.st_mode) ? 0 : EACCES;
+}
+
+int ReadSmallFile(const UniqueFd& file, size_t limit, std::string& text) {
     text.clear();
     char buffer[4096];
     while (text.size() <= limit) {

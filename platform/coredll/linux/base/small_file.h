@@ -5,14 +5,19 @@
 
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 
 #include "platform/coredll/linux/base/unique_fd.h"
 
 namespace zelto::coredll {
 
-// Reads an ordinary file of an open folder; links are not followed. Result: 0 or an errno value;
-// EACCES for a file of another kind, EFBIG for one longer than the limit.
-int ReadSmallFile(const UniqueFd& folder, const char* name, size_t limit, std::string& text);
+// Opens an ordinary file of an open folder for reading, and says what it is at that moment; links
+// are not followed. Result: 0 or an errno value; EACCES for a file of another kind.
+int OpenSmallFile(const UniqueFd& folder, const char* name, UniqueFd& file, struct stat& status);
+
+// Reads what an open file holds from its position on. Result: 0 or an errno value; EFBIG for more
+// than the limit.
+int ReadSmallFile(const UniqueFd& file, size_t limit, std::string& text);
 
 // Puts the text in the file's place, whole or not at all, also when the host fails in between.
 // Result: 0 or an errno value, the file being as before. The caller holds the file's lock.

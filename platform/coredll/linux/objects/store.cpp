@@ -4,6 +4,7 @@
 #include <mutex>
 #include <pthread.h>
 
+#include "platform/coredll/linux/base/device.h"
 #include "platform/coredll/linux/base/paths.h"
 #include "platform/coredll/linux/objects/process_life.h"
 #include "platform/coredll/linux/objects/store_file.h"
@@ -19,7 +20,8 @@ std::mutex g_connect_mutex;
 // Written under the mutex with release, so that whoever reads it with acquire finds the token, the
 // guard and the mapping behind it.
 std::atomic<Store*> g_store{nullptr};
-int g_file = -1;  // of the store; guarded by the mutex
+int g_file = -1;       // of the store; guarded by the mutex
+std::string g_device;  // whose store it is; written before g_store, and read behind it
 
 // Takes a slot and frees what dead processes hold, the former user of our slot among them.
 std::string Join(Store& store) {
@@ -54,6 +56,7 @@ void ForgetStoreInChild() {
 // Connects; returns what is in the way, "" when nothing was. g_connect_mutex held.
 std::string Connect() {
     MappedStore mapped;
+    g_device = DevicePath();
     std::string problem = OpenStoreFile(mapped, Join);
     if (!problem.empty())
         return problem;
@@ -78,6 +81,11 @@ Store* OpenStore() {
         store = g_store.load(std::memory_order_acquire);
     }
     return store == nullptr || StoreIsGone() ? nullptr : store;
+}
+
+Store* ConnectedStore(const std::string& device) {
+    Store* store = g_store.load(std::memory_order_acquire);
+    return store == nullptr || StoreIsGone() || device != g_device ? nullptr : store;
 }
 
 std::string StoreProblem() {

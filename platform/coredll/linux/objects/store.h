@@ -16,6 +16,10 @@ namespace zelto::coredll {
 // its first call, and its parent's handles mean nothing to it.
 Store* OpenStore();
 
+// The store if it is that of the device of this path and this process is connected to it; else
+// null. Never connects.
+Store* ConnectedStore(const std::string& device);
+
 // Why OpenStore fails, as a sentence that says what to do; "" when it succeeds.
 std::string StoreProblem();
 

@@ -20,13 +20,12 @@
 namespace zelto::coredll {
 namespace {
 
-constexpr const char* kName = "store";
 constexpr useconds_t kConnectPause = 2000;  // between attempts to lock the file
 // One byte far behind the file's end: every user holds a shared lock on it.
 constexpr off_t kUsersMark = off_t{1} << 40;
 
 std::string Path() {
-    return PrintablePath(DevicePath() + "/" + kName);
+    return PrintablePath(DevicePath() + "/" + kStoreName);
 }
 
 std::string Refusal(const std::string& what) {
@@ -216,8 +215,8 @@ std::string OpenStoreFile(MappedStore& mapped, std::string (*join)(Store& store)
     const UniqueFd device = OpenDevice(&problem);
     if (!device.IsOpen())
         return problem;
-    UniqueFd file(
-        openat(device.Get(), kName, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+    UniqueFd file(openat(device.Get(), kStoreName,
+                         O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
     struct stat status {};
     problem = CheckFile(file.Get(), status);
     if (!problem.empty())

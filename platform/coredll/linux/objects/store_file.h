@@ -10,6 +10,8 @@
 
 namespace zelto::coredll {
 
+constexpr const char* kStoreName = "store";  // in the device's directory
+
 // A mapped store, guarded against the loss of its file (store_guard.h), and that file. The open
 // file carries the mark that somebody uses the store, in every namespace of the host, until file
 // and mapping are gone.

@@ -32,7 +32,7 @@ constexpr uint32_t kWitnessEvents = 4096;  // that the witness remembers
 constexpr uint32_t kMaxWindowText = 63;    // units of a class name or title, without the NUL
 
 constexpr char kStoreMagic[8] = {'Z', 'E', 'L', 'T', 'O', 'O', 'B', 'J'};
-constexpr uint32_t kStoreVersion = 3;
+constexpr uint32_t kStoreVersion = 4;
 
 enum State : uint32_t { kFree = 0, kLive = 1 };
 
@@ -193,6 +193,9 @@ struct Store {
     uint32_t pid_namespace[2];  // in which their ids count, low and high
 
     alignas(64) Word lock;  // token of the owner, top bit: somebody sleeps for it; 0 free
+
+    // Counts the changes of the device's registry. Written through the file (registry_changes.h).
+    alignas(64) Word registry_changes;
 
     // Derived marks: table entries from here on were never used or are free.
     alignas(64) uint32_t queue_top;

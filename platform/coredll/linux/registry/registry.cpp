@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "platform/coredll/linux/base/handle_table.h"
+#include "platform/coredll/linux/registry/kept_registry.h"
 #include "platform/coredll/linux/registry/registry_file.h"
 
 namespace zelto::coredll {
@@ -67,13 +68,13 @@ DWORD MakeKeyHandle(const std::u16string& path, HKEY* result) {
 DWORD OpenKeyHandle(HKEY key, LPCWSTR sub_key, HKEY* result) {
     std::u16string path;
     DWORD error = SubKeyPath(key, sub_key, path);
-    Registry registry;
+    std::shared_ptr<const Registry> registry;
     if (error == ERROR_SUCCESS)
-        error = LoadRegistry(registry);
+        error = ReadRegistry(registry);
     if (error != ERROR_SUCCESS)
         return error;
-    return registry.Find(path) == nullptr ? DWORD{ERROR_FILE_NOT_FOUND}
-                                          : MakeKeyHandle(path, result);
+    return registry->Find(path) == nullptr ? DWORD{ERROR_FILE_NOT_FOUND}
+                                           : MakeKeyHandle(path, result);
 }
 
 // The value under an open key, from the file. 0, 2, 5, 6, 1009 or 1018.
@@ -81,11 +82,11 @@ DWORD ReadValue(HKEY key, LPCWSTR name, RegistryValue& value) {
     const std::optional<std::u16string> path = PathOfKey(key);
     if (!path)
         return ERROR_INVALID_HANDLE;
-    Registry registry;
-    const DWORD error = LoadRegistry(registry);
+    std::shared_ptr<const Registry> registry;
+    const DWORD error = ReadRegistry(registry);
     if (error != ERROR_SUCCESS)
         return error;
-    const RegistryKey* found = registry.Find(*path);
+    const RegistryKey* found = registry->Find(*path);
     if (found == nullptr)
         return ERROR_KEY_DELETED;
     const auto entry = found->values.find(FoldRegistryName(name == nullptr ? u"" : name));

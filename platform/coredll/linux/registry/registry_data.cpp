@@ -1,6 +1,7 @@
 #include "platform/coredll/linux/registry/registry_data.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/coredll/linux/base/unicode.h"
 
@@ -58,6 +59,10 @@ Registry::Registry() {
 }
 
 RegistryKey* Registry::Find(std::u16string_view path) {
+    return const_cast<RegistryKey*>(std::as_const(*this).Find(path));
+}
+
+const RegistryKey* Registry::Find(std::u16string_view path) const {
     const auto found = keys_.find(FoldRegistryName(path));
     return found == keys_.end() ? nullptr : &found->second;
 }

@@ -50,6 +50,7 @@ class Registry {
 
     // Null when there is no such key.
     RegistryKey* Find(std::u16string_view path);
+    const RegistryKey* Find(std::u16string_view path) const;
     // The key, made with its parents where they miss. The path must be without problem.
     RegistryKey& Add(std::u16string_view path, bool& made);
 

@@ -2,10 +2,12 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 
 #include "platform/coredll/linux/base/device.h"
 #include "platform/coredll/linux/base/last_error.h"
 #include "platform/coredll/linux/base/small_file.h"
+#include "platform/coredll/linux/objects/registry_changes.h"
 #include "platform/coredll/linux/registry/registry_text.h"
 
 namespace zelto::coredll {
@@ -13,9 +15,12 @@ namespace {
 
 constexpr const char* kName = "registry";
 
-DWORD LoadFrom(const UniqueFd& device, Registry& registry, std::string& problem) {
+DWORD LoadFrom(const UniqueFd& device, Registry& registry, std::string& problem,
+               RegistrySource& source) {
     std::string text;
-    const int failed = ReadSmallFile(device, kName, kMaxRegistryFileBytes, text);
+    int failed = OpenSmallFile(device, kName, source.file, source.status);
+    if (failed == 0)
+        failed = ReadSmallFile(source.file, kMaxRegistryFileBytes, text);
     if (failed == ENOENT)
         return ERROR_SUCCESS;
     if (failed == EFBIG) {
@@ -41,17 +46,25 @@ DWORD Save(const UniqueFd& device, const Registry& registry) {
     if (text.size() > kMaxRegistryFileBytes)
         return ERROR_DISK_FULL;
     const int failed = ReplaceSmallFile(device, kName, text);
+    CountRegistryChange(device);
     return failed == 0 ? DWORD{ERROR_SUCCESS} : WriteError(failed);
 }
 
 }  // namespace
 
-DWORD LoadRegistry(Registry& registry) {
+DWORD LoadRegistry(Registry& registry, RegistrySource& source) {
     const UniqueFd device = OpenDevice(nullptr);
     if (!device.IsOpen())
         return errno == ENOENT || DevicePath().empty() ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
     std::string problem;
-    return LoadFrom(device, registry, problem);
+    return LoadFrom(device, registry, problem, source);
+}
+
+bool IsRegistryFile(const struct stat& status) {
+    const UniqueFd device = OpenDevice(nullptr);
+    struct stat now {};
+    return device.IsOpen() && fstatat(device.Get(), kName, &now, AT_SYMLINK_NOFOLLOW) == 0 &&
+           now.st_dev == status.st_dev && now.st_ino == status.st_ino;
 }
 
 DWORD UpdateRegistry(const std::function<DWORD(Registry& registry, bool& changed)>& change) {
@@ -63,7 +76,8 @@ DWORD UpdateRegistry(const std::function<DWORD(Registry& registry, bool& changed
         return WriteError(errno);
     Registry registry;
     std::string problem;
-    DWORD error = LoadFrom(device, registry, problem);
+    RegistrySource source;
+    DWORD error = LoadFrom(device, registry, problem, source);
     bool changed = false;
     if (error == ERROR_SUCCESS)
         error = change(registry, changed);
@@ -77,7 +91,8 @@ std::string RegistryProblem() {
         return why;
     Registry registry;
     std::string problem;
-    if (LoadFrom(device, registry, problem) == ERROR_SUCCESS)
+    RegistrySource source;
+    if (LoadFrom(device, registry, problem, source) == ERROR_SUCCESS)
         return "";
     return "Registry file '" + PrintablePath(DevicePath() + "/" + kName) + "', " + problem +
            ": repair it, or move it away to start anew.";

@@ -5,17 +5,28 @@
 
 #include <functional>
 #include <string>
+#include <sys/stat.h>
 
+#include "platform/coredll/linux/base/unique_fd.h"
 #include "platform/coredll/linux/registry/registry_data.h"
 
 namespace zelto::coredll {
 
 constexpr size_t kMaxRegistryFileBytes = 4u << 20;
 
+// The file that was read, as it was just before.
+struct RegistrySource {
+    UniqueFd file;  // not open: there is none
+    struct stat status {};
+};
+
 // Reads the device's registry; a device or a file that is not there is an empty one. 0; 5 the
 // device is refused or the file may not be read; 1009 damaged, not ours, of another version. The
 // file is replaced as a whole by those who write it, so nobody sees half of a change.
-DWORD LoadRegistry(Registry& registry);
+DWORD LoadRegistry(Registry& registry, RegistrySource& source);
+
+// Whether the device is still to be had and its registry is still the file that was read.
+bool IsRegistryFile(const struct stat& status);
 
 // Reads, lets `change` work on it and, where that answers 0 and stores that something changed,
 // replaces the file by a new one that has reached the disk. One writer at a time, over all

@@ -1,9 +1,16 @@
 #include "platform/coredll/linux/time/device_settings.h"
 
 #include <cstring>
+#include <mutex>
+#include <string>
 #include <type_traits>
 
 #include "platform/coredll/api/registry.h"
+#include "platform/coredll/linux/base/device.h"
+#include "platform/coredll/linux/base/monotonic.h"
+#include "platform/coredll/linux/objects/registry_changes.h"
+#include "platform/coredll/linux/objects/store.h"
+#include "platform/coredll/linux/registry/kept_registry.h"
 #include "platform/coredll/linux/registry/registry_file.h"
 #include "platform/coredll/linux/time/zone_rule.h"
 
@@ -29,7 +36,7 @@ bool Read(const RegistryKey& key, std::u16string_view name, Record& record) {
 }
 
 template <class Record>
-DWORD Store(std::u16string_view name, const Record& record) {
+DWORD StoreValue(std::u16string_view name, const Record& record) {
     const auto* bytes = reinterpret_cast<const BYTE*>(&record);
     return UpdateRegistry([&](Registry& registry, bool& changed) {
         bool made = false;
@@ -40,13 +47,11 @@ DWORD Store(std::u16string_view name, const Record& record) {
     });
 }
 
-}  // namespace
-
-ClockSettings ReadClockSettings() {
+ClockSettings FromRegistry() {
     ClockSettings settings;
-    Registry registry;
+    std::shared_ptr<const Registry> registry;
     const RegistryKey* key =
-        LoadRegistry(registry) == ERROR_SUCCESS ? registry.Find(kKey) : nullptr;
+        ReadRegistry(registry) == ERROR_SUCCESS ? registry->Find(kKey) : nullptr;
     if (key == nullptr)
         return settings;
     Read(*key, kOffset, settings.offset);
@@ -56,12 +61,58 @@ ClockSettings ReadClockSettings() {
     return settings;
 }
 
+// The settings as they were read last. A clock is read far more often than it is set, so it does
+// without a system call: the device's store tells of a change by a process at once, and what
+// people edit by hand is seen at the next tick of the host's clock (some milliseconds).
+class KeptSettings {
+  public:
+    ClockSettings Read() {
+        const std::lock_guard lock(mutex_);
+        std::string device = DevicePath();
+        const std::optional<uint32_t> changes = Changes(device);
+        const int64_t tick = CoarseNanoseconds();
+        if (!changes || changes != changes_ || tick != looked_ || device != device_) {
+            settings_ = FromRegistry();
+            changes_ = changes;
+            looked_ = tick;
+            device_ = std::move(device);
+        }
+        return settings_;
+    }
+
+  private:
+    // To connect takes as long as some hundred looks at the file: who reads the clock that often is
+    // worth it.
+    std::optional<uint32_t> Changes(const std::string& device) {
+        constexpr uint32_t kLooksBeforeConnecting = 256;
+        std::optional<uint32_t> changes = RegistryChanges(device);
+        if (!changes && ++looks_ == kLooksBeforeConnecting && OpenStore() != nullptr)
+            changes = RegistryChanges(device);
+        return changes;
+    }
+
+    std::mutex mutex_;
+    ClockSettings settings_;  // guarded by mutex_, as all below
+    std::optional<uint32_t> changes_;
+    int64_t looked_ = 0;  // coarse clock
+    std::string device_;
+    uint32_t looks_ = 0;  // without the store
+};
+
+KeptSettings g_settings;
+
+}  // namespace
+
+ClockSettings ReadClockSettings() {
+    return g_settings.Read();
+}
+
 DWORD StoreClockOffset(int64_t ticks) {
-    return Store(kOffset, ticks);
+    return StoreValue(kOffset, ticks);
 }
 
 DWORD StoreZone(const TIME_ZONE_INFORMATION& zone) {
-    return Store(kZone, zone);
+    return StoreValue(kZone, zone);
 }
 
 }  // namespace zelto::coredll

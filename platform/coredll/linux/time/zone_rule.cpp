@@ -1,6 +1,8 @@
 #include "platform/coredll/linux/time/zone_rule.h"
 
 #include <algorithm>
+#include <cstring>
+#include <limits>
 
 #include "platform/coredll/linux/time/calendar.h"
 
@@ -51,6 +53,7 @@ class Neighbours {
 
     // Before the first transition of all, the other kind of time holds.
     bool IsDaylight() const { return has_before_ ? daylight_since_ : !daylight_next_; }
+    bool Holds(int64_t moment) const { return moment >= before_ && moment < after_; }
 
   private:
     int64_t moment_;
@@ -61,7 +64,7 @@ class Neighbours {
     bool daylight_next_ = true;
 };
 
-bool IsDaylight(const TIME_ZONE_INFORMATION& zone, int64_t ticks) {
+Neighbours NeighboursOf(int64_t ticks, const TIME_ZONE_INFORMATION& zone) {
     const int64_t standard = int64_t{zone.Bias} + zone.StandardBias;
     const int64_t daylight = int64_t{zone.Bias} + zone.DaylightBias;
     // A bias is a day at most, which the sum still holds.
@@ -72,7 +75,19 @@ bool IsDaylight(const TIME_ZONE_INFORMATION& zone, int64_t ticks) {
         neighbours.Add(LocalTicks(zone.DaylightDate, near) + standard * kTicksPerMinute, true);
         neighbours.Add(LocalTicks(zone.StandardDate, near) + daylight * kTicksPerMinute, false);
     }
-    return neighbours.IsDaylight();
+    return neighbours;
+}
+
+// Clocks are read far more often than they change: the last answer is kept with the moments for
+// which it holds, one for each thread.
+bool IsDaylight(const TIME_ZONE_INFORMATION& zone, int64_t ticks) {
+    thread_local TIME_ZONE_INFORMATION last_zone{};
+    thread_local Neighbours last(0);
+    if (!last.Holds(ticks) || std::memcmp(&zone, &last_zone, sizeof zone) != 0) {
+        last = NeighboursOf(ticks, zone);
+        last_zone = zone;
+    }
+    return last.IsDaylight();
 }
 
 }  // namespace
