@@ -10,6 +10,7 @@ Pages go to FOLDER/man/manSECTION, completions to FOLDER/bash, zsh and fish.
 """
 
 import gzip
+import os
 import pathlib
 import re
 import subprocess
@@ -19,6 +20,13 @@ PURPOSE = {
     "zeltoport": "remote control of a navigator from the command line",
     "zelto-navigator": "stand-in navigator for the development of clients",
 }
+ENVIRONMENT = """\
+ZELTO_DEVICE             the device's folder; else $XDG_DATA_HOME/zelto-device, else
+                         ~/.local/share/zelto-device
+ZELTO_NAVIGATOR_JOURNAL  zelto-navigator: the journal's file, as --journal
+ZELTO_NAVIGATOR_VIEW     zelto-navigator: the port of its live page, as --view
+ZELTO_TIME_SCALE         1 to 1000, divides every time-out and pause, for tests
+ZELTO_SPIN_US            microseconds that a wait looks for its answer before it sleeps"""
 
 
 def roff(text):
@@ -33,7 +41,8 @@ def write_page(folder, name, section, purpose, sections):
 
 
 def save_page(folder, name, section, purpose, body):
-    page = f".TH {name} {section}\n.SH NAME\n{name} \\- {roff(purpose)}\n{body}"
+    page = f'.TH {name} {section} "" ZeltoPORT ZeltoPORT\n'
+    page += f".SH NAME\n{name} \\- {roff(purpose)}\n{body}"
     target = folder / "man" / f"man{section}"
     target.mkdir(parents=True, exist_ok=True)
     (target / f"{name}.{section}.gz").write_bytes(gzip.compress(page.encode(), 9, mtime=0))
@@ -43,16 +52,21 @@ def comment_text(comment):
     return re.sub(r"^ ?\* ?", "", comment.strip(), flags=re.M).strip()
 
 
+INDENT = "\n" + " " * len("ZELTO_PORT_API ")  # of a prototype's second line in the header
+
+
 def write_library(folder, header):
     text = header.read_text()
     overview = comment_text(re.search(r"/\*(.*?)\*/", text, re.S)[1])
     results = re.search(r"/\*((?:(?!\*/).)*)\*/\n(enum ZeltoNavPort_Result.*?};)", text, re.S)
     blocks = re.findall(r"/\*((?:(?!\*/).)*)\*/\n((?:ZELTO_PORT_API .*?\);\n)+)", text, re.S)
-    calls = {}  # name: what is said of it, once for each of its forms
+    calls = {}  # name: (prototype, what is said of it), once for each of its forms
+    name = ""
     for comment, block in blocks:
+        words = re.sub("^The same", f"As {name}(3),", comment_text(comment))
         for call in re.findall(r"ZELTO_PORT_API (.*?\);)", block, re.S):
-            form = f"{call}\n\n{comment_text(comment)}"
-            calls.setdefault(re.search(r"(\w+)\(", call)[1], []).append(form)
+            name = re.search(r"(\w+)\(", call)[1]
+            calls.setdefault(name, []).append((call, words))
     write_page(folder, "ZeltoNavPort", 3, "remote control of a navigator application", [
         ("SYNOPSIS", "#include <zelto_port.h>\n\nLink with -lzelto_port."),
         ("DESCRIPTION", overview),
@@ -61,9 +75,11 @@ def write_library(folder, header):
         ("SEE ALSO", "zeltoport(1), zelto-navigator(1)"),
     ])
     for name, forms in calls.items():
-        write_page(folder, name, 3, "a call of the ZeltoPORT library", [
-            ("SYNOPSIS", "#include <zelto_port.h>"),
-            ("DESCRIPTION", "\n\n".join(forms)),
+        prototypes, words = zip(*forms)
+        purpose = re.split(r"[.:;]\s", words[0])[0]
+        write_page(folder, name, 3, purpose[0].lower() + " ".join(purpose[1:].split()), [
+            ("SYNOPSIS", "#include <zelto_port.h>\n\n" + "\n".join(prototypes).replace(INDENT, "\n")),
+            ("DESCRIPTION", "\n\n".join(words)),
             ("SEE ALSO", "ZeltoNavPort(3): conventions, results, waits"),
         ])
 
@@ -74,11 +90,19 @@ def plain(text):
     return roff(re.sub(r"`|\*\*|\\(?=\|)", "", text))
 
 
+def table_row(line):
+    """A row of a table: its first cell as a term, the others as its text; of a ruler nothing."""
+    cells = [plain(cell.strip()) for cell in re.split(r"(?<!\\)\|", line.strip().strip("|"))]
+    if not "".join(cells).replace("\\-", ""):
+        return ""
+    return f".TP\n.B {cells[0]}\n" + " \\(em ".join(filter(None, cells[1:])) + "\n"
+
+
 def document_body(lines):
-    """A document of docs/ as a page: headings, paragraphs, lists; code and tables stand as they are."""
+    """A document of docs/ as a page: headings, paragraphs, lists, tables; code stands as it is."""
     body, fenced = "", False
     for line in lines:
-        kept = fenced or line.startswith(("    ", "|"))
+        kept = fenced or line.startswith("    ")
         if line.startswith("```"):
             fenced = not fenced
         elif line.startswith("#") and not fenced:
@@ -86,7 +110,9 @@ def document_body(lines):
         elif not line.strip():
             body += ".PP\n"
         elif kept:
-            body += f".nf\n{plain(line) if line.startswith('|') else roff(line)}\n.fi\n"
+            body += f".nf\n{roff(line)}\n.fi\n"
+        elif line.startswith("|"):
+            body += table_row(line)
         elif item := re.match(r"(-|\d+\.) +(.*)", line):
             body += f".IP {roff(item[1])} 4\n{plain(item[2])}\n"
         else:
@@ -103,13 +129,15 @@ def write_document(folder, page, name, section):
 class Command:
     """A program or a subcommand: its help, its words, and what is below it."""
 
-    def __init__(self, program, path=()):
+    def __init__(self, program, path=(), everywhere=()):
         self.path = path
         run = subprocess.run([program, *path, "--help"], capture_output=True, text=True, check=True)
         self.help = run.stdout.replace(str(program), program.name)
-        self.options = re.findall(r"^  .*?(--[a-z][a-z-]*)", self.help, re.M)
+        self.options = re.findall(r"^  (?:-\w,)?(--[a-z][a-z-]*)", self.help, re.M)
+        everywhere = everywhere or [o for o in self.options if o not in ("--help", "--version")]
+        self.options += [option for option in everywhere if option not in self.options]
         _, _, below = self.help.partition("\nSubcommands:\n")
-        self.children = [Command(program, (*path, name))
+        self.children = [Command(program, (*path, name), everywhere)
                          for name in re.findall(r"^  ([a-z][a-z-]*)", below, re.M)]
 
     def all(self):
@@ -124,29 +152,29 @@ class Command:
         return self.help.strip().splitlines()[0].replace("'", "")
 
 
-# $1: the words before the one to complete. Sets `words` to what may stand there.
-LOOK_UP = """    local place= word words=
+# "$@": the words before the one to complete. Sets `offer` to what may stand there.
+LOOK_UP = """    local place= word offer=
     for word in "$@"; do
         case "${{place:+$place }}$word" in
         {places}) place="${{place:+$place }}$word" ;;
         esac
     done
     case "$place" in
-{words}
+{offers}
     esac
 """
 
 
 def look_up(root):
     places = "|".join(f'"{" ".join(c.path)}"' for c in root.all() if c.path) or '"/"'
-    words = "\n".join(f'    "{" ".join(c.path)}") words="{" ".join(c.words())}" ;;'
-                      for c in root.all())
-    return LOOK_UP.format(places=places, words=words)
+    offers = "\n".join(f'    "{" ".join(c.path)}") offer="{" ".join(c.words())}" ;;'
+                       for c in root.all())
+    return LOOK_UP.format(places=places, offers=offers)
 
 
 def bash_completion(name, root):
     function = "_" + name.replace("-", "_")
-    return (f"{function}_words() {{\n{look_up(root)}    echo \"$words\"\n}}\n"
+    return (f"{function}_words() {{\n{look_up(root)}    echo \"$offer\"\n}}\n"
             f"{function}() {{\n"
             f'    local before=("${{COMP_WORDS[@]:1:COMP_CWORD-1}}")\n'
             f'    mapfile -t COMPREPLY < <(compgen -W "$({function}_words "${{before[@]}}")" '
@@ -156,7 +184,7 @@ def bash_completion(name, root):
 
 def zsh_completion(name, root):
     function = "_" + name.replace("-", "_")
-    return (f"#compdef {name}\n{function}_words() {{\n{look_up(root)}    echo \"$words\"\n}}\n"
+    return (f"#compdef {name}\n{function}_words() {{\n{look_up(root)}    echo \"$offer\"\n}}\n"
             f'compadd -- ${{=$({function}_words "${{(@)words[2,CURRENT-1]}}")}} || _files\n')
 
 
@@ -174,11 +202,14 @@ def fish_completion(name, root):
 def write_program(folder, program):
     name = program.name
     root = Command(program)
+    ends_alike = os.path.commonprefix([command.help[::-1] for command in root.all()])[::-1]
+    _, _, footer = ends_alike.partition("\n\n")  # of every help; said once is enough
     write_page(folder, name, 1, PURPOSE[name], [
         ("DESCRIPTION", root.help),
-        *((" ".join(c.path).upper(), c.help) for c in root.all() if c.path),
-        ("ENVIRONMENT", "ZELTO_DEVICE: the device's folder; else ~/.local/share/zelto-device."),
-        ("SEE ALSO", "ZeltoNavPort(3)"),
+        *((" ".join(c.path).upper(), c.help.replace(footer, "")) for c in root.all() if c.path),
+        ("ENVIRONMENT", ENVIRONMENT),
+        ("SEE ALSO", "ZeltoNavPort(3), zelto-workbench(7), zelto-scripts(7), zelto-picture(7),\n"
+                     "zelto-positions(7), zelto-protocol(7)"),
     ])
     for shell, file, text in (("bash", name, bash_completion(name, root)),
                               ("zsh", "_" + name, zsh_completion(name, root)),

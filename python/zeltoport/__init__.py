@@ -27,8 +27,6 @@ import threading
 from . import _library
 from ._results import MEANINGS
 
-__version__ = "4.0.0"
-
 _TEXT_SIZE = 1000  # the longest reply that the library reads, in bytes, where it sets the limit
 _SYSTEM_CODE_PAGE = "cp1252"
 
