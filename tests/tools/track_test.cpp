@@ -148,7 +148,7 @@ TEST(Gpx, GivesItsPointsOrSaysWhyNot) {
 
 TEST(Gpx, IsWrittenInTheOrderOfItsSchema) {
     const GpxFile file{
-        {{"a<\x01\xFF", "d", "s", {{1, 180}, 5.0, 0}}}, {{"r", {}}}, {{{3, 4}, {}, {}}}};
+        {{"a<\x01\xFF", "d", "s", {{1, 179.99999996}, 5.0, 0}}}, {{"r", {}}}, {{{3, 4}, {}, {}}}};
     const std::string text = WriteGpx(file, "me");
     size_t at = 0;
     for (const char* part : {"version=\"1.1\"", "http://www.topografix.com/GPX/1/1",

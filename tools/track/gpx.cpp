@@ -16,6 +16,8 @@ namespace zelto::track {
 
 namespace {
 
+constexpr double kSmallestAngle = 1e-7;  // degrees, of seven decimals
+
 struct Reading {
     Track track;
     size_t seen = 0;
@@ -108,7 +110,8 @@ void AddText(pugi::xml_node node, const char* name, const std::string& text) {
 pugi::xml_node AddPoint(pugi::xml_node parent, const char* kind, const Point& point) {
     pugi::xml_node node = parent.append_child(kind);
     // 180 degrees west and east are one place, which the schema writes as west.
-    const double longitude = point.place.longitude >= 180 ? -180 : point.place.longitude;
+    const bool antimeridian = point.place.longitude >= 180 - kSmallestAngle / 2;
+    const double longitude = antimeridian ? -180 : point.place.longitude;
     node.append_attribute("lat") = fmt::format("{:.7f}", point.place.latitude).c_str();
     node.append_attribute("lon") = fmt::format("{:.7f}", longitude).c_str();
     if (point.altitude)
