@@ -60,6 +60,7 @@ def check(zeltoport, navigator, port, token):
         subprocess.run([zeltoport, "--quiet", "goto", "1", "2"], check=True)
     other = subprocess.run([navigator, "--view", str(port)], capture_output=True, text=True,
                            env={**os.environ, "ZELTO_DEVICE": os.environ["ZELTO_DEVICE"] + "2"})
+    assert subprocess.run([navigator, "--view", "65536"], stderr=subprocess.DEVNULL).returncode == 2
     assert other.returncode == 1 and "another program may be using it" in other.stderr, other.stderr
 
 

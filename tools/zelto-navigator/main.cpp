@@ -22,6 +22,8 @@ namespace {
 
 using namespace zelto::navigator;
 
+constexpr int kBadCommandLine = 2;  // exit status
+
 constexpr const char* kSummary =
     "A stand-in navigator: it opens the window that clients of the library look for, answers\n"
     "their requests from a small model, and prints one line a request. It has no map and\n"
@@ -43,9 +45,8 @@ std::string Manual() {
     text += "\"zeltoport device init\" makes it. Started by a client, or with its output sent to\n";
     text += "/dev/null, it appends what it prints to navigator.log there.\n";
     text += "Exit status: 0 closed, 1 no device, no window, no journal or no port for the view,\n";
-    text +=
-        "2 no such option or script, 3 requests that a strict script did not expect, or unused\n";
-    text += "steps of it.";
+    text += "2 no such option, value or script, 3 requests that a strict script did not expect,\n";
+    text += "or unused steps of it.";
     return text;
 }
 
@@ -149,9 +150,13 @@ int main(int argc, char** argv) {
     const CLI::Option* view = AddViewOption(app);
     app.add_option("--script", script_path, "Answer as a script says (docs/scripts.md)")
         ->type_name("FILE");
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kBadCommandLine;  // "--help" is one without error
+    }
     if (!script_path.empty() && !ReadScript(script_path, options.script))
-        return 2;
+        return kBadCommandLine;
     try {
         return Serve(options, journal_path, MakeView(*view).get());
     } catch (const std::runtime_error& error) {
