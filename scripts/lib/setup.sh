@@ -10,7 +10,7 @@ packages_for() {
     tests) printf '%s\n' libgtest-dev libgmock-dev python3 python3-pytest tzdata ;;
     browser) printf '%s\n' chromium chromium-driver python3-selenium ;;
     sources) printf '%s\n' gpsd gpsd-clients python3 ;;
-    bench) printf '%s\n' libbenchmark-dev zlib1g-dev libdeflate-dev ;;
+    bench) printf '%s\n' libbenchmark-dev zlib1g-dev libdeflate-dev libfmt-dev libicu-dev python3 ;;
     package) printf '%s\n' binutils dpkg-dev file git gzip lintian mmdebstrap pkg-config ;;
     windows) printf '%s\n' g++-mingw-w64-x86-64-posix ;;
     coverage) printf '%s\n' gcovr ;;
