@@ -19,19 +19,20 @@ constexpr ByteSet kDayFirstSeparators("-/.");
 constexpr ByteSet kYearFirstSeparators("-/.:");
 constexpr ByteSet kDateTimeSeparators("-/.: ");
 
+// Ends in a NUL behind its end.
 std::string_view View(const char* text) {
-    return text != nullptr ? std::string_view(text) : std::string_view();
+    return text != nullptr ? text : "";
 }
 
 // True when the text has all `count` fields; the last one takes what is left.
 template <int count>
-bool ReadFields(std::string_view text, const ByteSet& separators, int32_t (&fields)[count]) {
+bool ReadFields(std::string_view text, const ByteSet& separators, int32_t (&fields)[6]) {
     TokenScanner scanner(text, separators, count, false);
     Token token;
-    for (int32_t& field : fields) {
+    for (int i = 0; i < count; ++i) {
         if (!scanner.Next(token))
             return false;
-        field = IntegerValue(token.Whole());
+        fields[i] = IntegerValue(token.Whole());
     }
     return true;
 }
@@ -73,31 +74,14 @@ bool AcceptDateAndTime(DDateTime& out, const int32_t (&fields)[6]) {
     return true;
 }
 
-bool ReadDayMonthYear(DDateTime& out, std::string_view text) {
-    int32_t fields[3];
-    return ReadFields(text, kDayFirstSeparators, fields) &&
-           AcceptDayMonthYear(out, fields[0], fields[1], fields[2]);
-}
-
-bool ReadYearMonthDay(DDateTime& out, std::string_view text) {
-    int32_t fields[3];
-    return ReadFields(text, kYearFirstSeparators, fields) &&
-           AcceptYearMonthDay(out, fields[0], fields[1], fields[2]);
-}
-
-bool ReadYearMonthDayTime(DDateTime& out, std::string_view text, const ByteSet& separators) {
-    int32_t fields[6];
-    return ReadFields(text, separators, fields) && AcceptDateAndTime(out, fields);
-}
-
 // Above 9 for anything but a digit.
 uint32_t DigitOf(char c) {
     return static_cast<uint32_t>(static_cast<unsigned char>(c)) - '0';
 }
 
 // The usual texts in one pass: nothing but digits with single separators, the first two such as
-// every form splits at. Then all forms see these same numbers. Returns how many, 3 or 6; 0 leaves
-// the text to the general rule.
+// every form splits at. Then all forms see these same numbers, and the first three also those that
+// stop at the third. Returns how many, 3 or 6; 0 leaves the text to the general rule.
 int ReadPlainNumbers(const char* at, int32_t (&fields)[6]) {
     for (int count = 1; count <= 6; ++count) {
         uint32_t digit = DigitOf(*at);
@@ -114,6 +98,25 @@ int ReadPlainNumbers(const char* at, int32_t (&fields)[6]) {
             return 0;
     }
     return 0;
+}
+
+bool ReadDayMonthYear(DDateTime& out, std::string_view text) {
+    int32_t fields[6];
+    return (ReadPlainNumbers(text.data(), fields) != 0 ||
+            ReadFields<3>(text, kDayFirstSeparators, fields)) &&
+           AcceptDayMonthYear(out, fields[0], fields[1], fields[2]);
+}
+
+bool ReadYearMonthDay(DDateTime& out, std::string_view text) {
+    int32_t fields[6];
+    return (ReadPlainNumbers(text.data(), fields) != 0 ||
+            ReadFields<3>(text, kYearFirstSeparators, fields)) &&
+           AcceptYearMonthDay(out, fields[0], fields[1], fields[2]);
+}
+
+bool ReadYearMonthDayTime(DDateTime& out, std::string_view text, const ByteSet& separators) {
+    int32_t fields[6];
+    return ReadFields<6>(text, separators, fields) && AcceptDateAndTime(out, fields);
 }
 
 // What stands from `column` on, at most `count` characters; empty past the end.
@@ -165,7 +168,31 @@ float Narrow(double value) {
     return value < -kLargest ? -kInfinity : static_cast<float>(value);
 }
 
+// The usual text, HH:MM:SS and nothing else.
+bool ReadPlainTime(DDateTime& out, std::string_view text) {
+    if (text.size() != 8 || text[2] != ':' || text[5] != ':')
+        return false;
+    uint32_t fields[3];
+    for (size_t i = 0; i < 3; ++i) {
+        const uint32_t tens = DigitOf(text[3 * i]);
+        const uint32_t ones = DigitOf(text[3 * i + 1]);
+        if (tens > 9 || ones > 9)
+            return false;
+        fields[i] = tens * 10 + ones;
+    }
+    out.hour = static_cast<int32_t>(fields[0]);
+    out.minute = static_cast<int32_t>(fields[1]);
+    out.seconds = static_cast<float>(fields[2]);
+    return true;
+}
+
+bool IsTimeOfDay(const DDateTime& value) {
+    return value.hour < 24 && value.minute < 60 && value.seconds < 60.0F;
+}
+
 bool ReadTimeOfDay(DDateTime& out, std::string_view text) {
+    if (ReadPlainTime(out, text))
+        return IsTimeOfDay(out);
     const bool negative = !text.empty() && text[0] == '-';
     if (negative)
         text.remove_prefix(1);
@@ -180,7 +207,7 @@ bool ReadTimeOfDay(DDateTime& out, std::string_view text) {
     out.hour = negative ? -hours : hours;
     out.minute = DecimalValue(text.substr(first + 1, 2));
     out.seconds = Narrow(ReadSeconds(text.substr(second + 1)));
-    return out.hour < 24 && out.minute < 60 && out.seconds < 60.0F;
+    return IsTimeOfDay(out);
 }
 
 bool ReadTimeAfterBlank(DDateTime& out, std::string_view text) {
@@ -199,6 +226,9 @@ bool ParseYearMonthDay(DDateTime& out, const char* text) {
 }
 
 bool ParseYearMonthDayTime(DDateTime& out, const char* text, const char* separators) {
+    int32_t fields[6];
+    if (separators == nullptr && text != nullptr && ReadPlainNumbers(text, fields) == 6)
+        return AcceptDateAndTime(out, fields);
     if (separators == nullptr)
         return ReadYearMonthDayTime(out, View(text), kDateTimeSeparators);
     return ReadYearMonthDayTime(out, View(text), ByteSet(separators));
