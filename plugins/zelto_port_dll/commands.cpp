@@ -14,6 +14,7 @@ namespace zelto {
 namespace {
 
 constexpr int kGotoDecimals = 7;
+constexpr int kGotoRoom = 64;  // for coordinates and a short text
 
 int32_t Send(const char* command, const DString& arguments) {
     return DecodeStatus(command, arguments.c_str(), kReplySize);
@@ -50,6 +51,7 @@ void AppendCoordinate(DString& text, double value) {
 
 DString GotoArguments(double x, double y) {
     DString arguments;
+    arguments.reserve(kGotoRoom, true);
     arguments.set_decimals(kGotoDecimals);
     AppendCoordinate(arguments, x);
     arguments += ",";

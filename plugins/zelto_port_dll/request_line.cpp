@@ -18,16 +18,20 @@ std::string_view TextOrEmpty(const char* text) {
 RequestLine::RequestLine(const char* command, const char* arguments) {
     const std::string_view head = TextOrEmpty(command);
     const std::string_view tail = TextOrEmpty(arguments);
-    bytes_.reset(new char[head.size() + tail.size() + kSlack]);
+    const size_t room = head.size() + tail.size() + kSlack;
+    if (room > kShort) {
+        long_.reset(new char[room]);
+        bytes_ = long_.get();
+    }
 
-    char* end = bytes_.get();
+    char* end = bytes_;
     if (command != nullptr) {
         end += head.copy(end, head.size());
         *end++ = '|';
     }
     end += tail.copy(end, tail.size());
     *end++ = '\n';
-    length_ = static_cast<uint32_t>(end - bytes_.get());
+    length_ = static_cast<uint32_t>(end - bytes_);
 }
 
 }  // namespace zelto

@@ -15,13 +15,24 @@ class RequestLine {
     // "|"; null arguments count as empty.
     RequestLine(const char* command, const char* arguments);
 
-    const char* Bytes() const { return bytes_.get(); }
+    RequestLine(const RequestLine&) = delete;
+    RequestLine& operator=(const RequestLine&) = delete;
+
+    const char* Bytes() const { return bytes_; }
     uint32_t Length() const { return length_; }
 
-    void ReleaseBytes() { bytes_.reset(); }  // Bytes() is null from now on, Length() stays
+    // Bytes() is null from now on, Length() stays.
+    void ReleaseBytes() {
+        long_.reset();
+        bytes_ = nullptr;
+    }
 
   private:
-    std::unique_ptr<char[]> bytes_;
+    static constexpr size_t kShort = 256;  // most lines are
+
+    char short_[kShort];
+    std::unique_ptr<char[]> long_;
+    char* bytes_ = short_;
     uint32_t length_;
 };
 

@@ -16,6 +16,7 @@ namespace zelto {
 
 namespace {
 
+constexpr int kMessageRoom = 160;     // for two lines on a small screen
 constexpr uint32_t kReplySlack = 10;  // room for a terminator, and to spare
 
 char* AllocateReply(uint32_t size) {
@@ -66,7 +67,9 @@ int32_t PositionStreet(WCHAR* destination) {
 // Text is DString's choice of const char* and const WCHAR*.
 template <class Text>
 DString MessageBoxArguments(Text first, Text second, int32_t first_number, int32_t second_number) {
-    DString arguments("1|");
+    DString arguments;
+    arguments.reserve(kMessageRoom, true);
+    arguments += "1|";
     arguments += first;
     arguments += "|";
     arguments += second;
