@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <limits>
 #include <sched.h>
+#include <unistd.h>
 
 #include "platform/coredll/linux/base/monotonic.h"
 #include "platform/coredll/linux/base/time_scale.h"
@@ -21,8 +22,15 @@ int ProcessorCount() {
     return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : 1;
 }
 
+// A process that is kept on one processor waits for others that may well be on another one, so the
+// host's processors count, not its own.
+bool OthersRunBeside() {
+    static const bool beside = sysconf(_SC_NPROCESSORS_ONLN) > 1;
+    return beside;
+}
+
 int64_t InitialSpinLimit() {
-    if (!SpinningHelps())
+    if (!OthersRunBeside())
         return 0;
     const char* text = std::getenv("ZELTO_SPIN_US");
     const int64_t microseconds =
@@ -53,9 +61,9 @@ bool SpinForChange(const Word& sequence, uint32_t seen, int64_t end) {
     while (sequence.load(std::memory_order_acquire) == seen) {
         if (MonotonicNanoseconds() >= end)
             return false;
-        for (int i = 0; i < kPausesPerLook; ++i)
-            SpinPause();
         sched_yield();
+        for (int i = 0; i < kPausesPerLook && sequence.load() == seen; ++i)
+            SpinPause();
     }
     return true;
 }
@@ -126,7 +134,7 @@ uint32_t WaitingThreads() {
 }
 
 void SetSpinLimit(int64_t microseconds) {
-    SpinLimit().store(SpinningHelps() ? microseconds * 1000 : 0);
+    SpinLimit().store(OthersRunBeside() ? microseconds * 1000 : 0);
 }
 
 void SpinPause() {

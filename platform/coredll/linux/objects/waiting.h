@@ -32,8 +32,8 @@ void AwaitChange(WaitWord& word, uint32_t seen, const Deadline& deadline);
 uint32_t WaitingThreads();
 
 // How long a wait may spin before it sleeps; 0 never spins. The default is 50 microseconds, or
-// what the environment variable ZELTO_SPIN_US says, and always 0 with one processor. Each thread
-// adapts below the limit: waits that turn out long soon stop spinning.
+// what the environment variable ZELTO_SPIN_US says, and always 0 on a host of one processor. Each
+// thread adapts below the limit: waits that turn out long soon stop spinning.
 constexpr int64_t kDefaultSpinMicroseconds = 50;
 void SetSpinLimit(int64_t microseconds);
 
