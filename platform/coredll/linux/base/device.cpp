@@ -101,6 +101,11 @@ std::string DevicePath() {
     return "";
 }
 
+bool IsDevicePath(const std::string& path) {
+    const char* set = std::getenv("ZELTO_DEVICE");
+    return !path.empty() && ((set != nullptr && path == set) || path == DevicePath());
+}
+
 std::string PrintablePath(const std::string& path) {
     std::string text;
     for (const char c : path) {

@@ -14,6 +14,9 @@ namespace zelto::coredll {
 // when neither can be told. Looked up at each call, so a test may change it.
 std::string DevicePath();
 
+// Whether DevicePath() is this path: asked far more often than the answer changes.
+bool IsDevicePath(const std::string& path);
+
 // A path as it is shown to people: control characters as \xNN, so that it cannot steer a terminal.
 std::string PrintablePath(const std::string& path);
 

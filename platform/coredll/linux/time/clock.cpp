@@ -56,7 +56,7 @@ DWORD GetTickCount() {
 }
 
 void GetSystemTime(SYSTEMTIME* time) {
-    *time = SystemTimeFromTicks(AddTicks(HostFileTime(), ReadClockSettings().offset));
+    *time = SystemTimeFromTicks(AddTicks(HostFileTime(), ReadClockOffset()));
 }
 
 void GetLocalTime(SYSTEMTIME* time) {

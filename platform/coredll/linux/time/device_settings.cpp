@@ -68,26 +68,37 @@ class KeptSettings {
   public:
     ClockSettings Read() {
         const std::lock_guard lock(mutex_);
-        std::string device = DevicePath();
-        const std::optional<uint32_t> changes = Changes(device);
-        const int64_t tick = CoarseNanoseconds();
-        if (!changes || changes != changes_ || tick != looked_ || device != device_) {
-            settings_ = FromRegistry();
-            changes_ = changes;
-            looked_ = tick;
-            device_ = std::move(device);
-        }
+        Refresh();
         return settings_;
     }
 
+    int64_t ReadOffset() {
+        const std::lock_guard lock(mutex_);
+        Refresh();
+        return settings_.offset;
+    }
+
   private:
+    void Refresh() {
+        const bool same_device = IsDevicePath(device_);
+        if (!same_device)
+            device_ = DevicePath();
+        const std::optional<uint32_t> changes = Changes();
+        const int64_t tick = CoarseNanoseconds();
+        if (same_device && changes && changes == changes_ && tick == looked_)
+            return;
+        settings_ = FromRegistry();
+        changes_ = changes;
+        looked_ = tick;
+    }
+
     // To connect takes as long as some hundred looks at the file: who reads the clock that often is
     // worth it.
-    std::optional<uint32_t> Changes(const std::string& device) {
+    std::optional<uint32_t> Changes() {
         constexpr uint32_t kLooksBeforeConnecting = 256;
-        std::optional<uint32_t> changes = RegistryChanges(device);
+        std::optional<uint32_t> changes = RegistryChanges(device_);
         if (!changes && ++looks_ == kLooksBeforeConnecting && OpenStore() != nullptr)
-            changes = RegistryChanges(device);
+            changes = RegistryChanges(device_);
         return changes;
     }
 
@@ -105,6 +116,10 @@ KeptSettings g_settings;
 
 ClockSettings ReadClockSettings() {
     return g_settings.Read();
+}
+
+int64_t ReadClockOffset() {
+    return g_settings.ReadOffset();
 }
 
 DWORD StoreClockOffset(int64_t ticks) {

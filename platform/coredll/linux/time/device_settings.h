@@ -21,6 +21,7 @@ struct ClockSettings {
 
 // No offset and no zone where there is no device, or no good registry in it.
 ClockSettings ReadClockSettings();
+int64_t ReadClockOffset();  // alone
 
 // Each stores one of the two and leaves the other alone; one writer at a time, over all processes.
 // Result: 0, else what writing the registry failed with.
