@@ -42,7 +42,10 @@ class App {
     byId("slider").disabled = exchanges.length === 0;
   }
 
+  // Exchanges are only ever added, so as many options are the same ones, which may be open now.
   options(select, pairs) {
+    if (select.length === pairs.length)
+      return;
     const chosen = select.value;
     select.replaceChildren(...pairs.map(([value, words]) => new Option(words, value)));
     select.value = pairs.some(([value]) => value === chosen) ? chosen : "";

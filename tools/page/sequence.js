@@ -1,6 +1,6 @@
 // The events below a request, as a small sequence diagram.
 
-const LANE = 150, STEP = 30, MARGIN = 60;
+const LANE = 110, STEP = 30, MARGIN = 110;
 
 // Which event of one side begins the arrow that an event of the other ends.
 const ARROWS = { taken: "announced", read: "written" };
@@ -21,7 +21,7 @@ function sequenceDiagram(events, processes) {
   if (!events || events.length === 0)
     return null;
   const lanes = laneOf(events, processes);
-  const height = 50 + events.length * STEP, width = MARGIN * 2 + (lanes.pids.length - 1) * LANE + 60;
+  const height = 50 + events.length * STEP, width = MARGIN * 2 + (lanes.pids.length - 1) * LANE;
   const picture = svg("svg", { viewBox: `0 0 ${width} ${height}`, width, role: "img",
                                "aria-label": "Sequence of events; the list below tells the same in words" });
   picture.append(svg("defs", {}, svg("marker", { id: "tip", markerWidth: 8, markerHeight: 8, refX: 7, refY: 4, orient: "auto" },
@@ -53,9 +53,11 @@ function eventMarks(events, i, lanes, begin) {
   const marks = [svg("path", { d: `M${x - 4} ${y} h8` })];
   if (begin >= 0)
     marks.push(svg("path", { d: `M${lanes.x(events[begin].pid)} ${42 + begin * STEP} L${x} ${y}`, "marker-end": "url(#tip)" }));
-  const words = svg("text", { x: x + 10, y: y - 4 });
+  // Beside the arrows: the first lane's words to its left, those of the others to their right.
+  const beside = x === MARGIN ? { x: x - 10, "text-anchor": "end" } : { x: x + 10 };
+  const words = svg("text", { ...beside, y: y - 4 });
   words.textContent = event.what;
-  const time = svg("text", { class: "quiet", x: x + 10, y: y + 10 });
+  const time = svg("text", { ...beside, class: "quiet", y: y + 10 });
   time.textContent = i === 0 ? "" : `+ ${milliseconds(events[i - 1].t, event.t)}`;
   return [...marks, words, time];
 }
