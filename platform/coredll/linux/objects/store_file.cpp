@@ -185,6 +185,15 @@ void Format(Store& store) {
     store.magic[0].store(magic[0], std::memory_order_release);
 }
 
+// What is wrong with this machine: words that several processes use must need no lock of one of
+// them. Asked here, since a compiler for several machines cannot know.
+std::string CheckMachine() {
+    if (Word().is_lock_free())
+        return "";
+    return "This machine changes no 32-bit word without a lock, which processes cannot share: the "
+           "device's object store cannot be used on it.";
+}
+
 // Brings the file into a form that can be mapped; `fresh` when it was made anew. Locked.
 std::string Settle(int file, off_t size, bool& fresh) {
     Head head;
@@ -211,7 +220,9 @@ void UnmapStore(Store* store) {
 }
 
 std::string OpenStoreFile(MappedStore& mapped, std::string (*join)(Store& store)) {
-    std::string problem;
+    std::string problem = CheckMachine();
+    if (!problem.empty())
+        return problem;
     const UniqueFd device = OpenDevice(&problem);
     if (!device.IsOpen())
         return problem;
