@@ -72,6 +72,9 @@ TEST(Conversion, EverySizeOfTheTarget) {
     CheckEverySize<char>(bytes, ends, [&](char* out, int size) {
         return WideCharToMultiByte(CP_UTF8, 0, wide.data(), 21, out, size, nullptr, nullptr);
     });
+}
+
+TEST(Conversion, EverySizeOfATwoBytePagesTarget) {
     CheckEverySize<char>(
         "a\x83\x41\x88\x9F"
         "b",

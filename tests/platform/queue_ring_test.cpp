@@ -24,8 +24,8 @@ class QueueRingTest : public testing::Test {
         return text.substr(0, full_size) + (alert ? "!" : "") + std::to_string(full_size);
     }
 
-    std::vector<uint32_t> memory_ =
-        std::vector<uint32_t>(QueueRing::BytesFor(kThreeOfFive) / sizeof(uint32_t));
+    std::vector<uint32_t> memory_ = std::vector<uint32_t>(
+        static_cast<size_t>(QueueRing::BytesFor(kThreeOfFive) / sizeof(uint32_t)));
     QueueRing ring_;
 };
 

@@ -178,8 +178,10 @@ TEST_F(RegistryCalls, WritersOfSeveralProcessesLoseNothing) {
     for (int writer = 0; writer < kWriters; ++writer) {
         if (fork() != 0)
             continue;
-        for (int i = writer; i < kValues; i += kWriters)
-            Set(key_, name(i).c_str(), REG_BINARY, "x");
+        for (int i = writer; i < kValues; i += kWriters) {
+            while (Set(key_, name(i).c_str(), REG_BINARY, "x") == LONG{ERROR_BUSY}) {
+            }
+        }
         _exit(0);
     }
     while (wait(nullptr) > 0) {

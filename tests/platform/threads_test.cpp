@@ -101,7 +101,7 @@ TEST(Threads, PriorityIsRecordedAndLowersTheHostsToo) {
     EXPECT_EQ(getpriority(PRIO_PROCESS, 0), process) << "only that thread's";
 }
 
-TEST(ThreadNameDeathTest, IsGivenByOneExceptionAndOthersEndTheProcess) {
+TEST(Threads, AreNamedByOneException) {
     const Sleeper sleeper;
     const auto own = static_cast<DWORD>(gettid());
     const auto raise = [](uintptr_t type, const char* name, uintptr_t id, DWORD count) {
@@ -118,7 +118,9 @@ TEST(ThreadNameDeathTest, IsGivenByOneExceptionAndOthersEndTheProcess) {
     raise(0x1000, "nobody", 0x7FFFFFFF, 4);
     EXPECT_EQ(NameOf(sleeper.id), "a name of twent");
     EXPECT_EQ(NameOf(own), "own");
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
+}
+
+TEST(ThreadsDeathTest, AnyOtherExceptionEndsTheProcess) {
     EXPECT_DEATH(RaiseException(0xC0000005, 0, 0, nullptr), "0xC0000005");
 }
 
