@@ -10,6 +10,10 @@ set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
 find_package(Threads REQUIRED)
+include(CheckCXXSourceCompiles)
+check_cxx_source_compiles("#include <atomic>
+std::atomic<unsigned long long> number;
+int main() { return ++number == 1 ? 0 : 1; }" ZELTO_ATOMICS_ARE_BUILT_IN)
 
 add_library(zelto_build_flags INTERFACE)
 target_compile_options(zelto_build_flags INTERFACE
@@ -17,6 +21,9 @@ target_compile_options(zelto_build_flags INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # g++ 12 warns of overlapping copies inside its own std::string when it optimises (bug 105651).
   target_compile_options(zelto_build_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+endif()
+if(NOT ZELTO_ATOMICS_ARE_BUILT_IN)
+  target_link_libraries(zelto_build_flags INTERFACE atomic)
 endif()
 # Files beyond 2 GiB and times beyond 2038 on 32-bit hosts too.
 target_compile_definitions(zelto_build_flags INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
@@ -38,14 +45,33 @@ if(ZELTO_LIBFUZZER)
   target_link_options(zelto_build_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+set(zelto_time_limit 60)  # s, for one test; an emulated processor is slower
+if(CMAKE_CROSSCOMPILING)
+  set(zelto_time_limit 300)
+endif()
+
 # zelto_add_test(name SOURCES a.cpp ... LIBS lib ...): one test program; its cases are discovered,
 # each runs in a process of its own with a time limit.
 function(zelto_add_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE zelto_build_flags ${ARG_LIBS} GTest::gtest_main)
-  gtest_discover_tests(${name} PROPERTIES TIMEOUT 60 DISCOVERY_TIMEOUT 60)
+  gtest_discover_tests(${name} PROPERTIES TIMEOUT ${zelto_time_limit} DISCOVERY_TIMEOUT 60)
   add_dependencies(zelto_tests ${name})
+endfunction()
+
+# zelto_started_by_others(name...): programs that tests and scripts start by their path. Built for
+# another machine, each gets a launcher in its place that starts the emulator with it.
+function(zelto_started_by_others)
+  if(NOT CMAKE_CROSSCOMPILING OR NOT CMAKE_CROSSCOMPILING_EMULATOR)
+    return()
+  endif()
+  foreach(name ${ARGN})
+    add_custom_command(TARGET ${name} POST_BUILD
+      COMMAND "${CMAKE_COMMAND}" "-DPROGRAM=$<TARGET_FILE:${name}>"
+              "-DEMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR}"
+              -P "${PROJECT_SOURCE_DIR}/cmake/MakeLauncher.cmake" VERBATIM)
+  endforeach()
 endfunction()
 
 # zelto_add_fuzz(name SOURCES target.cpp LIBS lib ... CORPUS folder): a libFuzzer target, or the
@@ -59,7 +85,7 @@ function(zelto_add_fuzz name)
   else()
     target_sources(${name} PRIVATE "${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp")
     add_test(NAME ${name}.corpus COMMAND ${name} "${ARG_CORPUS}")
-    set_tests_properties(${name}.corpus PROPERTIES TIMEOUT 60)
+    set_tests_properties(${name}.corpus PROPERTIES TIMEOUT ${zelto_time_limit})
   endif()
 endfunction()
 

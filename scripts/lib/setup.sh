@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # Sourced by the other scripts: installs what a purpose needs on Debian and its relatives.
 #
-#   need_packages tools [tests] [sources] [browser] [bench] [lint] [coverage] [package] [windows]
+#   need_packages tools [tests] [sources] [browser] [bench] [lint] [coverage] [package] [windows] [armel]
 
 packages_for() {
     case "$1" in
@@ -12,6 +12,7 @@ packages_for() {
     sources) printf '%s\n' gpsd gpsd-clients python3 ;;
     bench) printf '%s\n' libbenchmark-dev zlib1g-dev libdeflate-dev libfmt-dev libicu-dev python3 ;;
     package) printf '%s\n' binutils dpkg-dev file git gzip lintian mmdebstrap pkg-config ;;
+    armel) printf '%s\n' g++-arm-linux-gnueabi qemu-user googletest ;;
     windows) printf '%s\n' g++-mingw-w64-x86-64-posix ;;
     coverage) printf '%s\n' gcovr ;;
     lint) printf '%s\n' clang clang-format clang-tidy ;;

@@ -1,0 +1,2 @@
+include(HostHeaders)
+zelto_host_headers(CLI11::CLI11 CLI)

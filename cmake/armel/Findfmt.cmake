@@ -1,0 +1,2 @@
+include(HostHeaders)
+zelto_host_headers(fmt::fmt fmt FMT_HEADER_ONLY)

@@ -1,0 +1,2 @@
+include(HostHeaders)
+zelto_host_headers(nlohmann_json::nlohmann_json nlohmann)
