@@ -43,6 +43,20 @@ inline ptrdiff_t CopyAsciiBlocks(const Source* text, ptrdiff_t room, Target* out
     return done;
 }
 
+// How many units to take one by one before the next look for ASCII: more and more of them while
+// there is none, as in most scripts but the Latin one.
+class PatientBlock {
+  public:
+    ptrdiff_t Next(ptrdiff_t ascii) {
+        size_ = ascii != 0 ? kAsciiBlock : (size_ < kMost ? size_ * 2 : kMost);
+        return size_;
+    }
+
+  private:
+    static constexpr ptrdiff_t kMost = 512;
+    ptrdiff_t size_ = kAsciiBlock / 2;
+};
+
 }  // namespace zelto
 
 #endif

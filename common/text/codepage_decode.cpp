@@ -47,11 +47,13 @@ uint16_t Meaning(const CodepageTable& table, unsigned byte) {
 // Pages 1 to 4, counted from the letter's byte, by whether it joins the previous and next letter.
 constexpr unsigned kForms[2][2] = {{0, 128}, {384, 256}};
 
+// To look a unit up costs little more than to copy it, so only long runs of ASCII are worth a look.
 void DecodePlain(const CodepageTable& table, const unsigned char* text, int count, WCHAR* out) {
+    constexpr int kBetweenLooks = 64;
     for (int i = 0; i < count;) {
-        const auto ascii = static_cast<int>(CopyAsciiBlocks(text + i, count - i, out + i));
-        i += ascii;
-        for (const int stop = i + std::min(count - i, static_cast<int>(kAsciiBlock)); i < stop; ++i)
+        while (count - i >= kAsciiBlock && CopyAsciiBlock<kAsciiBlock>(text + i, out + i))
+            i += static_cast<int>(kAsciiBlock);
+        for (const int stop = i + std::min(count - i, kBetweenLooks); i < stop; ++i)
             out[i] = Meaning(table, text[i]);
     }
 }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "common/text/ascii_run.h"
@@ -69,10 +70,21 @@ inline unsigned TakeNext(const Byte*& text, const Byte* end) {
     return (lead & 7) << 18 | second << 12 | third << 6 | fourth;
 }
 
+bool IsAsciiWord(const Byte* text) {
+    uint64_t word = 0;
+    std::memcpy(&word, text, sizeof word);
+    return (word & 0x8080808080808080U) == 0;
+}
+
 int64_t Measure(const Byte* text, const Byte* end) {
+    constexpr ptrdiff_t kWord = sizeof(uint64_t);
     int64_t units = 0;
-    while (text < end)
-        units += TakeNext(text, end) < kFirstBeyondUnit ? 1 : 2;
+    while (text < end) {
+        for (; end - text >= kWord && IsAsciiWord(text); text += kWord)
+            units += kWord;
+        for (const Byte* stop = text + std::min(end - text, kWord); text < stop;)
+            units += TakeNext(text, end) < kFirstBeyondUnit ? 1 : 2;
+    }
     return units;
 }
 
@@ -87,6 +99,29 @@ inline WCHAR* Put(unsigned value, WCHAR* out) {
     return out;
 }
 
+// Takes characters of two and of three bytes, of which most scripts are made, and single ASCII
+// between them. Each takes at most three bytes and gives one unit, so neither end is asked for
+// until as many may have been used up. Stops at all else.
+inline void CopyShortCharacters(const Byte*& text, const Byte* end, WCHAR*& out, int64_t room) {
+    for (int64_t most = std::min<int64_t>((end - text) / 3, room); most > 0; --most) {
+        const unsigned lead = text[0];
+        const unsigned second = text[1] ^ 0x80U;
+        const unsigned third = text[2] ^ 0x80U;
+        if (IsBetween(lead, 0xE1, 0xEF) && (second | third) <= 0x3F) {
+            *out++ = static_cast<WCHAR>((lead & 0x0F) << 12 | second << 6 | third);
+            text += 3;
+        } else if (IsBetween(lead, 0xC2, 0xDF) && second <= 0x3F) {
+            *out++ = static_cast<WCHAR>((lead & 0x1F) << 6 | second);
+            text += 2;
+        } else if (lead < 0x80 && second <= 0x7F) {
+            *out++ = static_cast<WCHAR>(lead);
+            ++text;
+        } else {
+            return;
+        }
+    }
+}
+
 int64_t Write(const Byte* text, const Byte* end, WCHAR* begin, int64_t size) {
     WCHAR* out = begin;
     while (text < end) {
@@ -95,6 +130,7 @@ int64_t Write(const Byte* text, const Byte* end, WCHAR* begin, int64_t size) {
             CopyAsciiBlocks(text, static_cast<ptrdiff_t>(std::min<int64_t>(end - text, room)), out);
         text += ascii;
         out += ascii;
+        CopyShortCharacters(text, end, out, room - ascii);
         const Byte* stop = text + std::min(end - text, kAsciiBlock);
         while (text < stop) {
             const Byte* start = text;

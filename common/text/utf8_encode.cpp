@@ -71,6 +71,7 @@ char* PutNextWithin(const WCHAR*& text, const WCHAR* end, char* out, int64_t roo
 
 int64_t Write(const WCHAR* text, const WCHAR* end, char* begin, int64_t size) {
     char* out = begin;
+    PatientBlock block;
     while (text < end) {
         int64_t room = size - (out - begin);
         const auto ascii =
@@ -80,7 +81,7 @@ int64_t Write(const WCHAR* text, const WCHAR* end, char* begin, int64_t size) {
         room -= ascii;
         const auto safe = static_cast<ptrdiff_t>(room / kMostBytes);
         if (safe > 0) {
-            const WCHAR* stop = text + std::min({end - text, kAsciiBlock, safe});
+            const WCHAR* stop = text + std::min({end - text, block.Next(ascii), safe});
             while (text < stop)
                 out = PutNext(text, end, out);
         } else if (text < end) {
