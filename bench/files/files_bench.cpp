@@ -163,7 +163,7 @@ void ReadLines(benchmark::State& state, uint32_t mode, int length) {
 void WriteBinary() {
     TFicheroITV file(Files().Device("binary"), FICH_WRITE | FICH_BINARY);
     for (int i = 0; i < kFields; ++i)
-        file << i * 7919;
+        file << static_cast<int>(static_cast<uint32_t>(i) * 7919);
 }
 
 void ReadBinary(benchmark::State& state) {
