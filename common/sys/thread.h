@@ -4,6 +4,7 @@
 #define ZELTO_COMMON_SYS_THREAD_H
 
 #include <atomic>
+#include <cstdint>
 
 #include "common/text/dstring.h"
 #include "platform/coredll/coredll.h"

@@ -3,6 +3,8 @@
 #ifndef ZELTO_COMMON_TIME_DEVICE_CLOCK_H
 #define ZELTO_COMMON_TIME_DEVICE_CLOCK_H
 
+#include <cstdint>
+
 #include "common/time/date_time.h"
 
 namespace zelto {

@@ -3,6 +3,8 @@
 #ifndef ZELTO_PLUGINS_ZELTO_PORT_DLL_CONNECTION_H
 #define ZELTO_PLUGINS_ZELTO_PORT_DLL_CONNECTION_H
 
+#include <cstdint>
+
 #include "platform/coredll/coredll.h"
 #include "plugins/zelto_port_dll/protocol.h"
 

@@ -3,6 +3,8 @@
 #ifndef ZELTO_PLUGINS_ZELTO_PORT_DLL_EXPORTS_H
 #define ZELTO_PLUGINS_ZELTO_PORT_DLL_EXPORTS_H
 
+#include <cstdint>
+
 #include "common/text/dstring.h"
 #include "platform/coredll/coredll.h"
 

@@ -149,6 +149,7 @@ DWORD LookForMessage(QueueEnd& end, const ReadRequest& request) {
 // Looks until there is a result or the time is up.
 template <class LookFunction>
 BOOL LookOrWait(QueueEnd& end, DWORD timeout, LookFunction look) {
+    const DWORD before = GetLastError();
     const Deadline deadline(timeout);
     for (;;) {
         DWORD error = ERROR_BUSY;
@@ -161,8 +162,10 @@ BOOL LookOrWait(QueueEnd& end, DWORD timeout, LookFunction look) {
             }
         }
         const DWORD left = deadline.Left();
-        if (error != kMustWait || left == 0)
-            return error == ERROR_SUCCESS ? TRUE : Fail(error);
+        if (error != kMustWait || left == 0) {
+            SetLastError(error == ERROR_SUCCESS ? before : error);
+            return error == ERROR_SUCCESS;
+        }
         end.AwaitChange(std::min(left, kLookAgain));
     }
 }
