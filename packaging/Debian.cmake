@@ -49,6 +49,7 @@ describe_package(python python3-zeltoport python
 "A module over the ZeltoPORT library, with a pytest fixture that gives each
 test a device and a navigator of its own." "libzelto-port4 ${same_version}, python3:any")
 
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION TRUE)  # whatever the sources have
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${CMAKE_CURRENT_SOURCE_DIR}/triggers")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
