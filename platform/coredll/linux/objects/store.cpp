@@ -85,7 +85,7 @@ Store* OpenStore() {
 
 Store* ConnectedStore(const std::string& device) {
     Store* store = g_store.load(std::memory_order_acquire);
-    return store == nullptr || StoreIsGone() || device != g_device ? nullptr : store;
+    return store == nullptr || device != g_device ? nullptr : store;
 }
 
 std::string StoreProblem() {

@@ -17,7 +17,7 @@ namespace zelto::coredll {
 Store* OpenStore();
 
 // The store if it is that of the device of this path and this process is connected to it; else
-// null. Never connects.
+// null. Never connects, and does not look whether the store was removed meanwhile.
 Store* ConnectedStore(const std::string& device);
 
 // Why OpenStore fails, as a sentence that says what to do; "" when it succeeds.

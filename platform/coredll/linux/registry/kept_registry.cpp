@@ -29,12 +29,11 @@ class KeptRegistry {
   public:
     DWORD Read(std::shared_ptr<const Registry>& registry) {
         const std::lock_guard lock(mutex_);
-        std::string device = DevicePath();
-        if (kept_ == nullptr || device != device_ || !FileIsSame() || !DeviceIsSame()) {
+        if (kept_ == nullptr || !IsDevicePath(device_) || !FileIsSame() || !DeviceIsSame()) {
+            device_ = DevicePath();
             const DWORD error = Load();
             if (error != ERROR_SUCCESS)
                 return error;
-            device_ = std::move(device);
         }
         registry = kept_;
         if (!keep_)
