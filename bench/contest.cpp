@@ -1,18 +1,23 @@
 #include "bench/contest.h"
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 
 namespace zelto::bench {
 namespace {
 
 constexpr int kRounds = 7;
 
-double Nanoseconds(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
+double Now(Clock clock) {
+    timespec time{};
+    clock_gettime(clock == Clock::kThread ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC, &time);
+    return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+}
+
+double Nanoseconds(const std::function<void()>& work, Clock clock) {
+    const double start = Now(clock);
     work();
-    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start)
-        .count();
+    return Now(clock) - start;
 }
 
 double Median(std::vector<double> values) {
@@ -36,7 +41,7 @@ void Store(benchmark::State& state, const std::string& name, const std::vector<d
 }  // namespace
 
 void Contest(benchmark::State& state, double units, const char* goal,
-             const std::vector<Contestant>& contestants) {
+             const std::vector<Contestant>& contestants, Clock clock) {
     std::vector<std::vector<double>> times(contestants.size());
     for (const Contestant& contestant : contestants)
         contestant.work();
@@ -45,7 +50,7 @@ void Contest(benchmark::State& state, double units, const char* goal,
         // Another one begins each round: who runs after whom must not decide.
         for (size_t turn = 0; turn < contestants.size(); ++turn) {
             const size_t who = (round + turn) % contestants.size();
-            times[who].push_back(Nanoseconds(contestants[who].work) / units);
+            times[who].push_back(Nanoseconds(contestants[who].work, clock) / units);
         }
         state.SetIterationTime(times[0].back() * units / 1e9);
         ++round;

@@ -10,6 +10,10 @@
 
 namespace zelto::bench {
 
+// What a row measures: the time of the calling thread alone, so that other load on the machine does
+// not count, or, where several processes take part, the time on the wall.
+enum class Clock { kThread, kWall };
+
 struct Contestant {
     const char* name;
     std::function<void()> work;
@@ -20,7 +24,7 @@ struct Contestant {
 // highest, and the median over the rounds of the first one's time over its time. The first is ours.
 // `goal` is the ratio to stay below and against whom, as "1.5 zlib"; empty without one.
 void Contest(benchmark::State& state, double units, const char* goal,
-             const std::vector<Contestant>& contestants);
+             const std::vector<Contestant>& contestants, Clock clock = Clock::kThread);
 
 // Registers a row of seven rounds.
 void AddRow(const std::string& name, const std::function<void(benchmark::State&)>& row);

@@ -86,7 +86,8 @@ void Sleeping(benchmark::State& state, int partners, const char* goal) {
              {"futex ping-pong", Exchanges(floor)},
              {"POSIX queues kept open", Exchanges(kept)},
              {"POSIX queues, fresh", Exchanges(fresh)},
-             {"seqpacket sockets", Exchanges(packets)}});
+             {"seqpacket sockets", Exchanges(packets)}},
+            Clock::kWall);
 }
 
 // Whoever spins holds its processor, so each of these partners stands still while others are timed.
@@ -109,7 +110,8 @@ void Spinning(benchmark::State& state, bool pinned) {
     Contest(state, kExchanges, "1200 ns",
             {{"ours", Requests},
              {"spinning ping-pong", InTurn(bare)},
-             {"look-and-yield ping-pong", InTurn(yielding)}});
+             {"look-and-yield ping-pong", InTurn(yielding)}},
+            Clock::kWall);
 }
 
 const bool kAdded = [] {

@@ -42,7 +42,7 @@ void Append(benchmark::State& state, int count, bool words) {
             {{"ours", [=] { ours(times, count); }}, {"std::string", [=] { peer(times, count); }}});
 }
 
-constexpr int kLines = 20'000;
+constexpr int kLines = 50'000;
 
 template <class Build>
 std::function<void()> Lines(Build build) {

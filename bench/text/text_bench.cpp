@@ -117,7 +117,7 @@ std::function<void()> Often(int64_t times, Work work) {
 }
 
 int64_t Times(size_t units) {
-    return 1 + static_cast<int64_t>(400'000 / units);
+    return 1 + static_cast<int64_t>(1'500'000 / units);
 }
 
 struct Page {

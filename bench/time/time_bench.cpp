@@ -15,7 +15,7 @@
 namespace zelto::bench {
 namespace {
 
-constexpr int kCalls = 20'000;
+constexpr int kCalls = 50'000;
 
 template <class Work>
 std::function<void()> Calls(Work work) {
