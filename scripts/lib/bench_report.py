@@ -140,7 +140,8 @@ def main(short):
         "figure is the median of the rounds for one unit (a field, a line, a call, a request, a "
         "UTF-16 unit or byte of the source; for `FileCrc32` and appending a file, a character), "
         "ours with its lowest and highest; the number in bold is the median of the rounds' ratios, "
-        "our time over that one's: **below 1 we are faster**. Rows that we lose stay in.",
+        "our time over that one's: **below 1 we are faster**. Times are those of the thread alone, of "
+        "requests those on the wall. Rows that we lose stay in.",
         "",
         f"Machine: {machine() if not short else 'short form'}",
         "",
