@@ -55,6 +55,7 @@ ChildProgram::~ChildProgram() {
 
 int ChildProgram::Start(const std::vector<std::string>& command, Output output, bool own_group) {
     std::vector<char*> words;
+    words.reserve(command.size() + 1);
     for (const std::string& word : command)
         words.push_back(const_cast<char*>(word.c_str()));
     words.push_back(nullptr);
