@@ -1,6 +1,6 @@
 // zeltoport drive: a track becomes what a receiver on board would say.
 
-#include <charconv>
+#include <algorithm>
 #include <chrono>
 #include <fmt/format.h>
 #include <memory>
@@ -98,10 +98,22 @@ std::string SentencesOfDrive(DriveArguments arguments) {
     return text;
 }
 
+void Write(Session& session, const std::string& output, const std::string& sentences) {
+    const auto count = std::count(sentences.begin(), sentences.end(), '\n');
+    nlohmann::json object = {{"sentences", count}};
+    if (output == "-") {
+        object["text"] = sentences;
+        session.ReportText(sentences, object);
+        return;
+    }
+    WriteOutput(output, sentences);
+    session.ReportCall(kExitSuccess, fmt::format("{} sentences written", count), "", object);
+}
+
 void Run(ExportCaller& caller, const DriveArguments& arguments) {
     const std::string sentences = SentencesOfDrive(arguments);
     if (!arguments.output.empty()) {
-        WriteOutput(arguments.output, sentences);
+        Write(caller.session(), arguments.output, sentences);
         return;
     }
     Feed feed;

@@ -1,5 +1,6 @@
 // zeltoport export: what the stand-in navigator knows, as GPX.
 
+#include <fmt/core.h>
 #include <memory>
 
 #include "plugins/zelto_port_dll/zelto_port.h"
@@ -27,11 +28,21 @@ void Run(ExportCaller& caller, const std::string& output) {
     try {
         const KnownPlaces known = AskPlaces();
         const track::GpxFile file{known.waypoints, RoutesOf(known), known.track};
-        WriteOutput(output, track::WriteGpx(file, "zeltoport " ZELTO_VERSION));
-        caller.Finish("ZeltoNavPort_GetString", ZELTO_NAV_PORT_OK, "",
-                      {{"waypoints", file.waypoints.size()},
-                       {"routes", file.routes.size()},
-                       {"track_points", file.track.size()}});
+        const std::string text = track::WriteGpx(file, "zeltoport " ZELTO_VERSION);
+        const nlohmann::json object = {{"waypoints", file.waypoints.size()},
+                                       {"routes", file.routes.size()},
+                                       {"track_points", file.track.size()},
+                                       {"text", output == "-" ? text : ""}};
+        if (output == "-") {
+            caller.session().ReportText(text, object);
+            return;
+        }
+        WriteOutput(output, text);
+        caller.session().ReportCall(
+            kExitSuccess,
+            fmt::format("{} waypoints, {} routes, {} positions of the track written",
+                        file.waypoints.size(), file.routes.size(), file.track.size()),
+            "", object);
     } catch (const NoAnswer& none) {
         caller.Finish("ZeltoNavPort_GetString", none.result);
     }

@@ -47,10 +47,6 @@ std::string ReadInput(const std::string& path) {
 }
 
 void WriteOutput(const std::string& path, std::string_view text) {
-    if (path == "-") {
-        std::fwrite(text.data(), 1, text.size(), stdout);
-        return;
-    }
     const bool replace = IsReplaceable(path);
     std::error_code error;
     // Where a link leads, so that the link stays one.

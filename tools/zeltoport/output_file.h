@@ -12,7 +12,7 @@ namespace zelto::tools {
 std::string ReadInput(const std::string& path);
 
 // Writes a file whole or not at all: what stood there before stays until the new text is on disk.
-// "-" is standard output. Throws CommandError (status 1) when it cannot be written.
+// Throws CommandError (status 1) when it cannot be written.
 void WriteOutput(const std::string& path, std::string_view text);
 
 }  // namespace zelto::tools

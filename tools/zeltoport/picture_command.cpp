@@ -12,6 +12,7 @@
 #include "tools/wire/explain.h"
 #include "tools/zeltoport/command.h"
 #include "tools/zeltoport/known_places.h"
+#include "tools/zeltoport/output_file.h"
 #include "tools/zeltoport/recordings.h"
 
 namespace zelto::tools {
@@ -130,18 +131,24 @@ json ReadEvents(const std::string& path) {
 
 void AddPictureCommand(CLI::App& app, ExportCaller& caller) {
     auto path = std::make_shared<std::string>();
-    CLI::App* picture = app.add_subcommand(
-        "picture",
-        "Write a page (HTML, on standard output) that shows what a client did: map, requests, "
-        "replies, message boxes");
+    auto output = std::make_shared<std::string>("-");
+    CLI::App* picture =
+        app.add_subcommand("picture",
+                           "Write a page (HTML) that shows what a client did: map, requests, "
+                           "replies, message boxes");
     picture->add_option("file", *path,
                         "A recording, or the file that zelto-navigator --journal wrote; else the "
                         "device as it is, and what it remembers");
+    picture->add_option("--output", *output, "The page's file; - is standard output")
+        ->capture_default_str();
     picture->callback([=, &caller] {
         json recording = ReadEvents(*path);
         if (path->empty())
             recording["now"] = AskState(caller);
-        caller.session().Report(kExitSuccess, RenderPage(recording), recording);
+        if (*output == "-")
+            caller.session().ReportText(RenderPage(recording), recording);
+        else
+            WriteOutput(*output, RenderPage(recording));
     });
 }
 

@@ -49,6 +49,14 @@ void Session::ReportCall(ExitStatus status, const std::string& line, const std::
         Print(stderr, line);
 }
 
+void Session::ReportText(const std::string& text, const nlohmann::json& object) {
+    status_ = kExitSuccess;
+    if (json_)
+        PrintJson(object);
+    else
+        std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
 void Session::ReportError(const CommandError& error) {
     Report(error.status(), std::string("zeltoport: ") + error.what(), {{"error", error.what()}});
 }

@@ -52,6 +52,9 @@ class Session {
     void ReportCall(ExitStatus status, const std::string& line, const std::string& data,
                     const nlohmann::json& object);
 
+    // The same of a success whose words are a file's text: nothing is added to it.
+    void ReportText(const std::string& text, const nlohmann::json& object);
+
     // The same for a run that came to nothing: {"error": words}.
     void ReportError(const CommandError& error);
 
