@@ -80,10 +80,10 @@ bool ExplainState(Answer& answer, bool& any) {
     return true;
 }
 
+constexpr const char* kNoFailure = "No request failed as far as is recorded.";
 constexpr const char* kUnknown =
-    "What happened on the device before cannot be told: it was not recording. Say \"zeltoport "
-    "record "
-    "on\", make the call again, and ask again.";
+    "What happened on the device before cannot be told: it was not recording. Say "
+    "\"zeltoport record on\", make the call again, and ask again.";
 
 // Of the device and of the last run on a device of its own, whichever failed last; then the state.
 ExitStatus ExplainDevice(Answer& answer) {
@@ -99,13 +99,14 @@ ExitStatus ExplainDevice(Answer& answer) {
         wire::Recording last;
         explained = wire::Load(kept->path, last, problem) &&
                     ExplainFailure(last, "of the last run: " + kept->path, 0, answer);
+        if (explained && !recording.events.empty())
+            answer.Add("On the device itself no request failed since, as far as is recorded.");
     }
     bool trouble = false;
     if (!ExplainState(answer, trouble))
         return explained ? kExitSuccess : kExitDevice;
     if (!explained && !trouble)
-        answer.Add(recording.events.empty() ? kUnknown
-                                            : "No request failed as far as is recorded.");
+        answer.Add(recording.events.empty() ? kUnknown : kNoFailure);
     return kExitSuccess;
 }
 
@@ -115,7 +116,7 @@ void Explain(Session& session, const std::string& path) {
     if (path.empty())
         status = ExplainDevice(answer);
     else if (!ExplainFailure(ReadRecording(path), path, 0, answer))
-        answer.Add("No request failed as far as is recorded.");
+        answer.Add(kNoFailure);
     session.Report(status, answer.words, answer.object);
 }
 
