@@ -26,6 +26,8 @@ constexpr int kSpare = 2;  // behind a block that has grown
 
 }  // namespace
 
+const char DString::kNoText[] = "";
+
 DString::~DString() {
     if (text_ == nullptr)
         return;

@@ -37,7 +37,7 @@ class DString {
     DString(const DString& other, TextOnly);
     ~DString();
 
-    const char* c_str() const { return text_ != nullptr ? text_ : ""; }  // never null
+    const char* c_str() const { return text_ != nullptr ? text_ : kNoText; }  // never null
     int length() const;
     bool is_empty() const { return text_ == nullptr || *text_ == 0; }
     char operator[](int index) const;  // 0 outside the text
@@ -151,6 +151,8 @@ class DString {
     // again.
     static constexpr int32_t kUnknown = -1;
     static constexpr int kSlack = 2;
+    // "". Of unknown bound here, so that no compiler takes an offset in a text for one outside it.
+    static const char kNoText[];
 
     Header& header() const { return *reinterpret_cast<Header*>(text_ - sizeof(Header)); }
     void end_at(int n) {  // writes the NUL
