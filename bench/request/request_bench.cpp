@@ -36,16 +36,6 @@ void Requests() {
     }
 }
 
-void RegisterNavigator() {
-    const WCHAR path[] = TEXT("\\bin\\true");  // never started: the window is there already
-    HKEY key = nullptr;
-    RegCreateKeyExW(HKEY_LOCAL_MACHINE, TEXT("SOFTWARE\\ZeltoNav\\General"), 0, nullptr, 0,
-                    KEY_SET_VALUE, nullptr, &key, nullptr);
-    RegSetValueExW(key, TEXT("Path_EXE"), 0, REG_SZ, reinterpret_cast<const BYTE*>(path),
-                   sizeof path);
-    RegCloseKey(key);
-}
-
 // A device with a responder on the processor, to which this process is connected.
 class Navigator {
   public:

@@ -17,18 +17,8 @@
 
 namespace {
 
-void RegisterNavigator() {
-    const WCHAR path[] = TEXT("\\bin\\true");  // never started: the window is there already
-    HKEY key = nullptr;
-    RegCreateKeyExW(HKEY_LOCAL_MACHINE, TEXT("SOFTWARE\\ZeltoNav\\General"), 0, nullptr, 0,
-                    KEY_SET_VALUE, nullptr, &key, nullptr);
-    RegSetValueExW(key, TEXT("Path_EXE"), 0, REG_SZ, reinterpret_cast<const BYTE*>(path),
-                   sizeof path);
-    RegCloseKey(key);
-}
-
 int Request(int times) {
-    RegisterNavigator();
+    zelto::bench::RegisterNavigator();
     const pid_t responder = fork();
     if (responder == 0) {
         alarm(60);
