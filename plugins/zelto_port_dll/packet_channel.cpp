@@ -25,6 +25,7 @@ bool AnnounceAndWait() {
     if (g_connection.reply_event == nullptr)
         g_connection.reply_event = CreateEventW(nullptr, FALSE, FALSE, kReplyEvent);
     EventModify(g_connection.reply_event, EVENT_RESET);
+    // Message 17698.
     PostMessageW(g_connection.window, kAnnouncement, kAnnouncementWParam, kAnnouncementBase);
     const DWORD timeout = g_connection.long_wait != 0 ? kLongReplyTimeout : kReplyTimeout;
     return WaitForSingleObject(g_connection.reply_event, timeout) != WAIT_TIMEOUT;

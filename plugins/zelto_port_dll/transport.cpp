@@ -91,6 +91,7 @@ int32_t SendOnQueue(const void* request, uint32_t length, uint8_t reconnect) {
         if (g_connection.reconnect_every_request != 0)
             timeout = kReconnectWriteTimeout;
     }
+    // Message 17698.
     if (!PostMessageW(g_connection.window, kAnnouncement, kAnnouncementWParam, announcement))
         return ZELTO_NAV_PORT_NOT_ANNOUNCED;
 

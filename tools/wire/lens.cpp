@@ -14,6 +14,7 @@ namespace {
 using coredll::WitnessEvent;
 using coredll::WitnessKind;
 
+// Message 17698.
 bool IsAnnouncement(const WitnessEvent& event) {
     return event.message == kAnnouncement && event.wparam == kAnnouncementWParam;
 }

@@ -123,6 +123,7 @@ int Service::Finish() {
 }
 
 void Service::HandleMessage(const MSG& message) {
+    // Message 17698: a client announces a request.
     if (message.message == kAnnouncement && message.wParam == kAnnouncementWParam) {
         HandleAnnouncement(message.lParam);
         return;
