@@ -13,7 +13,8 @@ find_package(Threads REQUIRED)
 include(CheckCXXSourceCompiles)
 check_cxx_source_compiles("#include <atomic>
 std::atomic<unsigned long long> number;
-int main() { return ++number == 1 ? 0 : 1; }" ZELTO_ATOMICS_ARE_BUILT_IN)
+std::atomic<unsigned> word;
+int main() { return ++number == 1 && word.is_lock_free() ? 0 : 1; }" ZELTO_ATOMICS_ARE_BUILT_IN)
 
 add_library(zelto_build_flags INTERFACE)
 target_compile_options(zelto_build_flags INTERFACE
@@ -74,18 +75,22 @@ function(zelto_started_by_others)
   endforeach()
 endfunction()
 
-# zelto_add_fuzz(name SOURCES target.cpp LIBS lib ... CORPUS folder): a libFuzzer target, or the
-# same function run once over every file of its corpus as an ordinary test.
+# zelto_add_fuzz(name LIBS lib ...): the fuzz target of name_fuzz.cpp, for libFuzzer, or run once
+# over every file of the folder name_corpus as an ordinary test.
+add_custom_target(zelto_fuzz)
 function(zelto_add_fuzz name)
-  cmake_parse_arguments(ARG "" "CORPUS" "SOURCES;LIBS" ${ARGN})
-  add_executable(${name} ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE zelto_build_flags ${ARG_LIBS})
+  cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
+  set(program ${name}_fuzz)
+  add_executable(${program} ${program}.cpp)
+  target_link_libraries(${program} PRIVATE zelto_build_flags ${ARG_LIBS})
+  add_dependencies(zelto_fuzz ${program})
   if(ZELTO_LIBFUZZER)
-    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+    target_link_options(${program} PRIVATE -fsanitize=fuzzer)
   else()
-    target_sources(${name} PRIVATE "${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp")
-    add_test(NAME ${name}.corpus COMMAND ${name} "${ARG_CORPUS}")
-    set_tests_properties(${name}.corpus PROPERTIES TIMEOUT ${zelto_time_limit})
+    target_sources(${program} PRIVATE "${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp")
+    add_test(NAME ${program}.corpus
+      COMMAND ${program} "${CMAKE_CURRENT_SOURCE_DIR}/${name}_corpus")
+    set_tests_properties(${program}.corpus PROPERTIES TIMEOUT ${zelto_time_limit})
   endif()
 endfunction()
 

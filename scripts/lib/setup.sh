@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # Sourced by the other scripts: installs what a purpose needs on Debian and its relatives.
 #
-#   need_packages tools [tests] [sources] [browser] [bench] [lint] [coverage] [package] [windows] [armel]
+#   need_packages tools [tests] [sources] [browser] [bench] [lint] [coverage] [fuzz] [package] [windows] [armel]
 
 packages_for() {
     case "$1" in
@@ -14,6 +14,7 @@ packages_for() {
     package) printf '%s\n' binutils dpkg-dev file git gzip lintian mmdebstrap pkg-config ;;
     armel) printf '%s\n' g++-arm-linux-gnueabi qemu-user googletest ;;
     windows) printf '%s\n' g++-mingw-w64-x86-64-posix ;;
+    fuzz) printf '%s\n' clang libclang-rt-dev llvm ;;
     coverage) printf '%s\n' gcovr ;;
     lint) printf '%s\n' clang clang-format clang-tidy ;;
     *)
