@@ -17,9 +17,9 @@ void MakeBackups(const DString& name, uint32_t mode);
 DString TemporaryName(const DString& target);
 
 // Puts the temporary file in the target's place; what was there is then in the target's name
-// followed by ".BAK", if it could be copied. Both are on the disk before the target is deleted.
-// False, with the reason in `error` (may be null), when there is no temporary file or it could not
-// be renamed.
+// followed by ".BAK", if it could be copied. The copy is on the disk before the target is deleted;
+// the temporary file is as far there as its writer saw to it. False, with the reason in `error`
+// (may be null), when there is no temporary file or it could not be renamed.
 bool CommitTemporary(const DString& target, DString* error);
 
 }  // namespace zelto

@@ -5,15 +5,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <random>
 #include <sched.h>
-#include <sys/mount.h>
 #include <unistd.h>
 
 #include "platform/coredll/linux/objects/store.h"
 #include "platform/coredll/linux/objects/store_layout.h"
 #include "tests/soak/inhabitants.h"
+#include "tests/soak/namespaces.h"
 #include "tests/support/temp_device.h"
 
 namespace zelto::soak {
@@ -102,34 +101,12 @@ void Remove(int count) {
 
 // ---- No room, another namespace --------------------------------------------------------------
 
-bool WriteText(const char* path, const std::string& text) {
-    const int file = open(path, O_WRONLY | O_CLOEXEC);
-    const bool written =
-        file >= 0 && write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    close(file);
-    return written;
-}
-
-// Moves this process (or its later children) to a namespace of its own, in one of users too where
-// the host asks for that. False when the host allows neither.
-bool Unshare(int what) {
-    const std::string user = std::to_string(geteuid());
-    if (unshare(what) == 0)
-        return true;
-    return unshare(what | CLONE_NEWUSER) == 0 &&
-           WriteText("/proc/self/uid_map", user + " " + user + " 1");
-}
-
 constexpr int kNotAllowed = 77;
 
 // On a file system of so many bytes: every call in its documented way, programs end by themselves.
 int UseSmallDisk(const std::string& folder, size_t bytes, Tally& tally) {
-    const std::string options = "size=" + std::to_string(bytes);
-    if (!Unshare(CLONE_NEWNS) || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-        mount("soak", folder.c_str(), "tmpfs", 0, options.c_str()) != 0) {
+    if (!MountSmall(folder, bytes))
         return kNotAllowed;
-    }
-    chmod(folder.c_str(), 0700);
     const Found found = UseAfresh(tally);
     for (const char* command : {"is-open", "init", "version"}) {
         Child program({ZELTO_PORT_PROGRAM, command}, "/dev/null");
