@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 
 #include "common/text/ascii_run.h"
 #include "common/text/codepage_table.h"
@@ -47,15 +48,29 @@ uint16_t Meaning(const CodepageTable& table, unsigned byte) {
 // Pages 1 to 4, counted from the letter's byte, by whether it joins the previous and next letter.
 constexpr unsigned kForms[2][2] = {{0, 128}, {384, 256}};
 
-// To look a unit up costs little more than to copy it, so only long runs of ASCII are worth a look.
-void DecodePlain(const CodepageTable& table, const unsigned char* text, int count, WCHAR* out) {
-    constexpr int kBetweenLooks = 64;
+// A long text is worth the meanings of all bytes in one table, which is looked up without a
+// question.
+void DecodeLong(const CodepageTable& table, const unsigned char* text, int count, WCHAR* out) {
+    WCHAR meanings[2 * kTablePageSize];
+    std::iota(meanings, meanings + kTablePageSize + 1, WCHAR{0});
+    std::copy_n(table.mapping + 1, kTablePageSize - 1, meanings + kTablePageSize + 1);
+    PatientBlock block;
     for (int i = 0; i < count;) {
-        while (count - i >= kAsciiBlock && CopyAsciiBlock<kAsciiBlock>(text + i, out + i))
-            i += static_cast<int>(kAsciiBlock);
-        for (const int stop = i + std::min(count - i, kBetweenLooks); i < stop; ++i)
-            out[i] = Meaning(table, text[i]);
+        const ptrdiff_t ascii = CopyAsciiBlocks(text + i, count - i, out + i);
+        i += static_cast<int>(ascii);
+        const int stop = i + static_cast<int>(std::min<ptrdiff_t>(count - i, block.Next(ascii)));
+        for (; i < stop; ++i)
+            out[i] = meanings[text[i]];
     }
+}
+
+void DecodePlain(const CodepageTable& table, const unsigned char* text, int count, WCHAR* out) {
+    constexpr int kLong = 128;
+    if (count >= kLong)
+        return DecodeLong(table, text, count, out);
+    const auto ascii = static_cast<int>(CopyAsciiBlocks(text, count, out));
+    for (int i = ascii; i < count; ++i)
+        out[i] = Meaning(table, text[i]);
 }
 
 void DecodeArabic(const CodepageTable& table, const unsigned char* text, int count, WCHAR* out) {
